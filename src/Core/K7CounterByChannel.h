@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Array of counters for each channel.
+#pragma once
+
+#include "Foundation/J3Assert.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace Kivo {
+
+/// N counters for each channel, and an identifier. The counts go on until clear(); a counter that overflows wraps.
+///
+/// A channel or an index that there is none of is reported to j3assertFunc and changes nothing.
+/// *Threads*: one at a time, without a lock. *Cost*: only setChannelCount() allocates.
+template <std::size_t N, class T = unsigned int>
+class K7CounterByChannel {
+public:
+    using Counters = std::array<T, N>;
+
+    explicit K7CounterByChannel(uint32 channelCount = 0) : _channels(channelCount) {}
+
+    [[nodiscard]] uint32 id() const { return _id; }
+
+    void setId(uint32 id) { _id = id; }
+
+    /// Keep the counters of the channels that stay, and start new ones at 0.
+    void setChannelCount(uint32 count) { _channels.resize(count); }
+
+    [[nodiscard]] uint32 channelCount() const { return static_cast<uint32>(_channels.size()); }
+
+    void add(uint32 channel, uint32 index, T amount = 1)
+    {
+        if (isInside(channel, index, __func__))
+            _channels[channel][index] += amount;
+    }
+
+    void set(uint32 channel, uint32 index, T value)
+    {
+        if (isInside(channel, index, __func__))
+            _channels[channel][index] = value;
+    }
+
+    /// Set every counter to 0.
+    void clear() { std::fill(_channels.begin(), _channels.end(), Counters{}); }
+
+    /// The channel's counters, all 0 for a channel that there is none of; valid until setChannelCount().
+    [[nodiscard]] const Counters& getByChannel(uint32 channel) const
+    {
+        static constexpr Counters NONE{};
+        return isInside(channel, 0, __func__) ? _channels[channel] : NONE;
+    }
+
+    /// The channel's counters as rates per second.
+    /// @param tick what K7CounterWithTick::prevElapsedTick() gives: each counter is multiplied by tick / 1000.0
+    [[nodiscard]] std::array<float32, N> getPerSecond(uint32 channel, uint32 tick) const
+    {
+        const Counters& counters = getByChannel(channel);
+        std::array<float32, N> rates;
+        std::transform(counters.begin(), counters.end(), rates.begin(),
+                       [factor = tick / 1000.0](T count) { return static_cast<float32>(count * factor); });
+        return rates;
+    }
+
+private:
+    bool isInside(uint32 channel, uint32 index, const char* function) const
+    {
+        const char* path = "Core/K7CounterByChannel";
+        if (channel >= _channels.size())
+            j3assertFunc("channel < channelCount()", "channel is out of range!", function, path, __LINE__);
+        else if (index >= N)
+            j3assertFunc("index < N", "index is out of range!", function, path, __LINE__);
+        else
+            return true;
+        return false;
+    }
+
+    std::vector<Counters> _channels;
+    uint32 _id = 0;
+};
+
+} // namespace Kivo

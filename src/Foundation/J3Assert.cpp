@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Report of a violated precondition.
+#include "Foundation/J3Assert.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+
+#include <unistd.h>
+
+namespace Kivo {
+namespace {
+
+// Constant-initialised, so that a static initialiser may already assert.
+constinit std::atomic<J3AssertFunc::Handler> currentHandler{nullptr};
+constexpr J3AssertFunc reporter{};
+
+// In one write, so that the lines of several threads and processes stay whole; what cannot be written is lost.
+void reportOnStandardError(const J3String& expression, const J3String& message, const J3String& function,
+                           const J3String& path, int line)
+{
+    const int errorBefore = errno;
+    J3String report;
+    report.format(L"%@:%d: %@: %@ (%@)", &path, line, &function, &message, &expression);
+    std::string bytes = report.to_string();
+    std::replace_if(
+        bytes.begin(), bytes.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    bytes += '\n';
+    while (write(STDERR_FILENO, bytes.data(), bytes.size()) < 0 && errno == EINTR) {
+    }
+    errno = errorBefore;
+}
+
+} // namespace
+
+void J3AssertFunc::operator()(const J3String& expression, const J3String& message, const J3String& function,
+                              const J3String& path, int line) const
+{
+    const Handler handler = currentHandler.load();
+    (handler ? handler : reportOnStandardError)(expression, message, function, path, line);
+}
+
+J3AssertFunc::Handler J3AssertFunc::setHandler(Handler handler) { return currentHandler.exchange(handler); }
+
+constinit const J3AssertFunc& j3assertFunc = reporter;
+
+} // namespace Kivo

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Typed access to a stream in its byte order.
+#include "Foundation/J3Stream.h"
+
+#include "Foundation/J3Exception.h"
+#include "Foundation/J3String.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Kivo {
+
+void J3Stream::setByteOrder(J3ByteOrder order)
+{
+    _byteOrder = order;
+    _swapsBytes = order != J3_NATIVE_ENDIAN;
+}
+
+void J3Stream::readUint8Array(uint8* out, uint32 count)
+{
+    const uint32 start = position();
+    if (count <= remains() && read(out, count) == count)
+        return;
+    moveTo(start);
+    throw J3RangeException(L"stream read beyond the end", 0, size(), int64{start} + count);
+}
+
+void J3Stream::writeUint8Array(const uint8* bytes, uint32 count)
+{
+    const uint32 start = position();
+    if (write(bytes, count) == count)
+        return;
+    moveTo(start);
+    throw J3RangeException(L"stream write beyond the limit", 0, size(), int64{start} + count);
+}
+
+template <class T>
+void J3Stream::readNumber(T* value)
+{
+    std::array<uint8, sizeof(T)> bytes;
+    readUint8Array(bytes.data(), sizeof(T));
+    if (_swapsBytes)
+        std::reverse(bytes.begin(), bytes.end());
+    *value = std::bit_cast<T>(bytes);
+}
+
+template <class T>
+void J3Stream::writeNumber(T value)
+{
+    auto bytes = std::bit_cast<std::array<uint8, sizeof(T)>>(value);
+    if (_swapsBytes)
+        std::reverse(bytes.begin(), bytes.end());
+    writeUint8Array(bytes.data(), sizeof(T));
+}
+
+void J3Stream::readBool(bool* value)
+{
+    const uint32 start = position();
+    uint8 byte = 0;
+    readNumber(&byte);
+    if (byte > 1) {
+        moveTo(start);
+        throw J3RangeException(L"stream holds no bool", 0, 1, byte);
+    }
+    *value = byte == 1;
+}
+
+void J3Stream::readInt8(int8* value) { readNumber(value); }
+
+void J3Stream::readInt16(int16* value) { readNumber(value); }
+
+void J3Stream::readInt32(int32* value) { readNumber(value); }
+
+void J3Stream::readInt64(int64* value) { readNumber(value); }
+
+void J3Stream::readUint8(uint8* value) { readNumber(value); }
+
+void J3Stream::readUint16(uint16* value) { readNumber(value); }
+
+void J3Stream::readUint32(uint32* value) { readNumber(value); }
+
+void J3Stream::readUint64(uint64* value) { readNumber(value); }
+
+void J3Stream::readFloat32(float32* value) { readNumber(value); }
+
+void J3Stream::readFloat64(float64* value) { readNumber(value); }
+
+void J3Stream::readString(J3String* value) { value->deserializeFrom(this); }
+
+void J3Stream::readObject(J3Object* object) { object->deserializeFrom(this); }
+
+void J3Stream::writeBool(bool value) { writeNumber(static_cast<uint8>(value)); }
+
+void J3Stream::writeInt8(int8 value) { writeNumber(value); }
+
+void J3Stream::writeInt16(int16 value) { writeNumber(value); }
+
+void J3Stream::writeInt32(int32 value) { writeNumber(value); }
+
+void J3Stream::writeInt64(int64 value) { writeNumber(value); }
+
+void J3Stream::writeUint8(uint8 value) { writeNumber(value); }
+
+void J3Stream::writeUint16(uint16 value) { writeNumber(value); }
+
+void J3Stream::writeUint32(uint32 value) { writeNumber(value); }
+
+void J3Stream::writeUint64(uint64 value) { writeNumber(value); }
+
+void J3Stream::writeFloat32(float32 value) { writeNumber(value); }
+
+void J3Stream::writeFloat64(float64 value) { writeNumber(value); }
+
+void J3Stream::writeString(const J3String& value) { value.serializeTo(this); }
+
+void J3Stream::writeObject(const J3Object& object) { object.serializeTo(this); }
+
+} // namespace Kivo
