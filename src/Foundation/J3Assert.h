@@ -20,8 +20,8 @@ public:
     /// @param function   the plain name of the function whose precondition it is
     /// @param path       its source below the source root, without extension
     /// @param line       the line in that source
-    void operator()(const J3String& expression, const J3String& message, const J3String& function,
-                    const J3String& path, int line) const;
+    void operator()(const J3String& expression, const J3String& message, const J3String& function, const J3String& path,
+                    int line) const;
 
     /// Replace what a report does; null brings back the default, one line on standard error.
     /// @return the handler that was replaced, null for the default

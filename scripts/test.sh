@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# SPDX-FileCopyrightText: 2026 the K7SAL authors
+# Builds and runs the whole suite: scripts/test.sh [--sanitizers] [arguments of ctest]
+# Without --sanitizers the release build is tested; with it, the address and undefined-behaviour build, then the thread one.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+presets=(release)
+if [ "${1:-}" = --sanitizers ]; then
+    presets=(asan tsan)
+    shift
+fi
+
+scripts/setup.sh test
+for preset in "${presets[@]}"; do
+    cmake --preset "$preset" -DK7SAL_WERROR="${CI:+ON}" >/dev/null
+    cmake --build --preset "$preset"
+    ctest --preset "$preset" --parallel "$(($(nproc) * 2))" "$@"
+done

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Export mark of libK7SAL.
+#pragma once
+
+/// Marks what libK7SAL exports; everything else is hidden.
+#define K7SAL_API __attribute__((visibility("default")))

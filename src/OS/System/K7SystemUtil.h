@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// All system utilities.
+#pragma once
+
+#include "OS/System/CPU.h"
+#include "OS/System/Debugging.h"
+#include "OS/System/DriverModule.h"
+#include "OS/System/K7SystemUtilClass.h"
+#include "OS/System/Memory.h"
+#include "OS/System/Misc.h"
+#include "OS/System/OS.h"
+#include "OS/System/PCI.h"
+#include "OS/System/Shell.h"

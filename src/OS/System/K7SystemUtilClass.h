@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// The class around every system utility, and what all of them share: the system root and the last failure.
+#pragma once
+
+#include "Foundation/J3String.h"
+#include "OS/K7SALApi.h"
+
+#include <vector>
+
+namespace Kivo {
+
+/// The system utilities, one nested class of static operations a field. `OS/System/K7SystemUtil.h` brings them all.
+class K7SAL_API K7SystemUtil {
+public:
+    class Shell;
+    class OS;
+    class Memory;
+    class CPU;
+    class Misc;
+    class PCI;
+    class DriverModule;
+    class Debugging;
+    class Network;
+    class SCSI;
+    class USB;
+    class FS;
+    class ATA;
+
+    K7SystemUtil() = delete;
+
+    /// Read a captured tree instead of this machine: put @p directory before every absolute path that the library reads
+    /// about the system, and before the resolver file that it writes. Symbolic links of the tree stay inside it.
+    ///
+    /// Effects (commands, mounts, device nodes) stay the running machine's, except that killProcess() does nothing;
+    /// queries that only a live kernel can answer fail with the reason "needs the live system".
+    /// @param directory the tree's top; empty, the default, for the running system
+    /// *Threads*: set it before other threads call in.
+    static void setSystemRoot(const J3String& directory);
+    [[nodiscard]] static J3String systemRoot();
+
+    /// Why an operation failed.
+    struct Failure {
+        J3String operation; ///< "Network::getSubnetMask"; empty when nothing has failed
+        J3String reason;    ///< "ioctl(SIOCGIFNETMASK) failed"
+        int32 errorCode;    ///< the errno behind it, 0 when no system call failed
+    };
+
+    /// The calling thread's latest failure. An operation that can fail clears it when it begins.
+    [[nodiscard]] static Failure lastFailure();
+
+    /// What is read below the system root.
+    enum ReadKind { READ_FILE, READ_LINK, READ_DIRECTORY };
+
+    /// Told of every file, link and directory that the library opens below the system root, by its path without it.
+    using ReadObserver = void (*)(const char* path, ReadKind kind);
+
+    /// Watch what the library reads, for example to copy just that from a machine; null ends it.
+    /// *Threads*: the observer is called on the reading thread. @return the observer that was replaced
+    static ReadObserver setReadObserver(ReadObserver observer);
+
+    /// Read a whole text file below the system root, at most 16 MiB of it.
+    /// @param path absolute, without the root
+    /// @return false, with @p text untouched, when it cannot be opened or read
+    static bool readFile(const J3String& path, J3String* text);
+
+    /// Read the target of a symbolic link below the system root, as it stands.
+    static bool readLink(const J3String& path, J3String* target);
+
+    /// List the names in a directory below the system root, without "." and "..", in ascending order.
+    static bool listDirectory(const J3String& path, std::vector<J3String>* names);
+};
+
+} // namespace Kivo

@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Files, links and directories below the system root.
+#include "OS/System/Memory.h"
+#include "OS/System/Platform/Linux/Attempt_p.h"
+#include "OS/System/Platform/Linux/SystemFile_p.h"
+#include "OS/System/Platform/Linux/Text_p.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+
+#include <dirent.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace Kivo {
+
+namespace {
+
+std::string s_systemRoot;
+UniqueFd s_systemRootFd; // none when the directory is not there
+constinit std::atomic<K7SystemUtil::ReadObserver> s_readObserver{nullptr};
+
+void observe(const char* path, K7SystemUtil::ReadKind kind)
+{
+    if (const auto observer = s_readObserver.load(std::memory_order_acquire))
+        observer(path, kind);
+}
+
+UniqueFd openInRoot(const char* path, int flags, mode_t mode)
+{
+    open_how how{};
+    how.flags = static_cast<uint64>(flags);
+    how.mode = mode;
+    how.resolve = RESOLVE_IN_ROOT;
+    const auto open = [&] { return ::syscall(SYS_openat2, s_systemRootFd.get(), path, &how, sizeof how); };
+    return UniqueFd(static_cast<int>(retried(open)));
+}
+
+} // namespace
+
+bool hasSystemRoot() { return !s_systemRoot.empty(); }
+
+UniqueFd openSystemPath(const char* path, int flags, mode_t mode)
+{
+    flags |= O_CLOEXEC;
+    if ((flags & O_PATH) == 0)
+        flags |= O_NONBLOCK | O_NOCTTY;
+    if (hasSystemRoot())
+        return openInRoot(path, flags, mode);
+    return UniqueFd(retried([&] { return ::open(path, flags, mode); }));
+}
+
+SystemFile::SystemFile(const char* path)
+{
+    observe(path, K7SystemUtil::READ_FILE);
+    _fd = openSystemPath(path, O_RDONLY);
+}
+
+std::string_view SystemFile::readInto(char* buffer, std::size_t size)
+{
+    const auto count = retried([&] { return ::read(_fd.get(), buffer, size); });
+    return {buffer, count > 0 ? static_cast<std::size_t>(count) : 0};
+}
+
+bool SystemFile::readAll(std::string* text, std::size_t limit)
+{
+    constexpr std::size_t STEP = 4096;
+    text->clear();
+    while (text->size() < limit) {
+        const std::size_t size = text->size();
+        text->resize(std::min(std::max(size * 2, STEP), limit));
+        const auto count = retried([&] { return ::read(_fd.get(), text->data() + size, text->size() - size); });
+        text->resize(size + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (count <= 0)
+            return count == 0;
+    }
+    return true;
+}
+
+bool SystemLines::next(std::string_view* line)
+{
+    for (std::size_t scanned = 0;;) {
+        const std::size_t available = _end - _begin;
+        const std::size_t limit = std::min(available, _size - 1);
+        const char* const start = _buffer + _begin;
+        const void* const feed = std::memchr(start + scanned, '\n', limit - scanned);
+        if (feed || limit == _size - 1 || _atEnd) {
+            const std::size_t length =
+                feed ? static_cast<std::size_t>(static_cast<const char*>(feed) - start) + 1 : limit;
+            *line = {start, length};
+            _begin += length;
+            return length != 0;
+        }
+        scanned = limit;
+        if (_begin + _size > BUFFER_SIZE || available == 0) {
+            std::memmove(_buffer, start, available);
+            _begin = 0;
+            _end = available;
+        }
+        const std::size_t count = _file.readInto(_buffer + _end, BUFFER_SIZE - _end).size();
+        _end += count;
+        _atEnd = count == 0;
+    }
+}
+
+bool readFirstLine(const char* path, std::size_t size, std::string* line)
+{
+    SystemFile file(path);
+    if (!file)
+        return false;
+    line->resize(size - 1);
+    const std::string_view text = file.readInto(line->data(), line->size());
+    if (text.empty())
+        return false;
+    line->resize(std::min(text.find('\n'), text.size()));
+    return true;
+}
+
+bool readSystemLink(const char* path, std::string* target)
+{
+    observe(path, K7SystemUtil::READ_LINK);
+    const UniqueFd link = openSystemPath(path, O_PATH | O_NOFOLLOW);
+    if (!link)
+        return false;
+    char buffer[4096];
+    const ssize_t length = ::readlinkat(link.get(), "", buffer, sizeof buffer);
+    if (length < 0)
+        return false;
+    target->assign(buffer, static_cast<std::size_t>(length));
+    return true;
+}
+
+bool listSystemDirectory(const char* path, std::vector<std::string>* names)
+{
+    observe(path, K7SystemUtil::READ_DIRECTORY);
+    UniqueFd fd = openSystemPath(path, O_RDONLY | O_DIRECTORY);
+    if (!fd)
+        return false;
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(fd.get()), ::closedir);
+    if (!directory)
+        return false;
+    static_cast<void>(fd.release());
+    names->clear();
+    while (const dirent* entry = ::readdir(directory.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names->emplace_back(name);
+    }
+    std::sort(names->begin(), names->end());
+    return true;
+}
+
+namespace {
+
+[[noreturn]] void throwAbout(const char* operation, const wchar_t* format, const char* path)
+{
+    const int errorCode = errno;
+    const J3String name(path);
+    J3String message;
+    message.format(format, &name);
+    rememberFailure(operation, {message.to_string(), errorCode});
+    throw message;
+}
+
+} // namespace
+
+void throwCantOpen(const char* operation, const char* path) { throwAbout(operation, L"can't open \"%@\"", path); }
+
+void throwCantRead(const char* operation, const char* path) { throwAbout(operation, L"can't read \"%@\"", path); }
+
+void K7SystemUtil::setSystemRoot(const J3String& directory)
+{
+    s_systemRoot = directory.to_string();
+    const auto open = [] { return ::open(s_systemRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); };
+    s_systemRootFd = UniqueFd(s_systemRoot.empty() ? -1 : retried(open));
+    Memory::forget();
+}
+
+J3String K7SystemUtil::systemRoot() { return toWide(s_systemRoot); }
+
+K7SystemUtil::ReadObserver K7SystemUtil::setReadObserver(ReadObserver observer)
+{
+    return s_readObserver.exchange(observer, std::memory_order_acq_rel);
+}
+
+bool K7SystemUtil::readFile(const J3String& path, J3String* text)
+{
+    return attempt("readFile", [&] {
+        require(text, "text is null");
+        SystemFile file(path.to_string());
+        requireCall(static_cast<bool>(file), "open() failed");
+        std::string contents;
+        requireCall(file.readAll(&contents), "read() failed");
+        *text = toWide(contents);
+    });
+}
+
+bool K7SystemUtil::readLink(const J3String& path, J3String* target)
+{
+    return attempt("readLink", [&] {
+        require(target, "target is null");
+        std::string text;
+        requireCall(readSystemLink(path.to_string().c_str(), &text), "readlink() failed");
+        *target = toWide(text);
+    });
+}
+
+bool K7SystemUtil::listDirectory(const J3String& path, std::vector<J3String>* names)
+{
+    return attempt("listDirectory", [&] {
+        require(names, "names is null");
+        std::vector<std::string> found;
+        requireCall(listSystemDirectory(path.to_string().c_str(), &found), "opendir() failed");
+        names->clear();
+        for (const std::string& name : found)
+            names->push_back(toWide(name));
+    });
+}
+
+} // namespace Kivo

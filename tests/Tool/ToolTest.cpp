@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// The command line tool: report, capture, process, wrong use.
+#include "support/Sandbox.h"
+#include "support/SystemTree.h"
+#include "support/ToolRun.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace K7Test;
+using Json = nlohmann::json;
+
+namespace {
+
+const std::string BOARD = std::string(K7_FIXTURES) + "/virt-board";
+
+/// A process of the test's own under a name that nothing else has.
+class NamedProcess {
+public:
+    explicit NamedProcess(std::string name)
+    {
+        std::string time = "60";
+        char* const argv[] = {name.data(), time.data(), nullptr};
+        EXPECT_EQ(::posix_spawn(&_pid, "/bin/sleep", nullptr, nullptr, argv, environ), 0);
+    }
+
+    ~NamedProcess()
+    {
+        ::kill(_pid, SIGKILL);
+        ::waitpid(_pid, nullptr, 0);
+    }
+
+    [[nodiscard]] pid_t pid() const { return _pid; }
+
+private:
+    pid_t _pid = -1;
+};
+
+} // namespace
+
+TEST(Tool, ReportsACapturedBoardInText)
+{
+    const Outcome report = runTool({"--root", BOARD, "report"});
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_EQ(report.errors, "");
+    for (const char* text :
+         {"Kernel  6.1.0", "Uptime  14 s", "977.4 MiB", "arch_timer", "0000:00:01.0", "SATA controller", "sda", "eth1"})
+        EXPECT_NE(report.output.find(text), std::string::npos) << text << " in\n" << report.output;
+    EXPECT_EQ(report.output.find('\033'), std::string::npos) << "colour without a terminal";
+}
+
+TEST(Tool, ReportsACapturedBoardInJson)
+{
+    const Outcome report = runTool({"report", "--json", "--root", BOARD});
+    const Json facts = Json::parse(report.output);
+    EXPECT_EQ(facts["host"]["kernel_version"], "6.1.0");
+    EXPECT_DOUBLE_EQ(facts["host"]["uptime_seconds"].get<double>(), 14.42);
+    EXPECT_EQ(facts["memory"]["mem_total_kib"], 1000840);
+    EXPECT_EQ(facts["cpu"]["core_count"], 2);
+    EXPECT_EQ(facts["cpu"]["busiest_interrupts"][0]["name"], "11");
+    EXPECT_EQ(facts["cpu"]["busiest_interrupts"][0]["count"], 2898 + 2900);
+    EXPECT_EQ(facts["pci_functions"].size(), 6U);
+    EXPECT_EQ(facts["pci_functions"][1]["class_name"], "SATA controller");
+    EXPECT_EQ(facts["pci_functions"][1]["driver"], "ahci");
+    EXPECT_EQ(facts["block_devices"].size(), 3U);
+}
+
+/// A copied tree holds every file and link that a report of it reads, and nothing has to be listed for that.
+TEST(Tool, CapturesATreeThatGivesTheSameReport)
+{
+    const TemporaryTree tree(false);
+    const std::string copy = tree.real("/copy").string();
+    const Outcome capture = runTool({"--root", BOARD, "capture", copy});
+    EXPECT_EQ(capture.exitCode, 0) << capture.errors;
+    for (const bool json : {false, true}) {
+        std::vector<std::string> arguments = {"report", "--root"};
+        if (json)
+            arguments.insert(arguments.begin() + 1, "--json");
+        auto original = arguments;
+        original.push_back(BOARD);
+        arguments.push_back(copy);
+        EXPECT_EQ(runTool(arguments).output, runTool(original).output);
+    }
+    EXPECT_EQ(runTool({"--root", BOARD, "capture", copy}).exitCode, 1) << "a directory that is not empty";
+}
+
+TEST(Tool, CapturesTheRunningMachine)
+{
+    const TemporaryTree tree(false);
+    const std::string copy = tree.real("/live").string();
+    ASSERT_EQ(runTool({"capture", copy}).exitCode, 0);
+    const Json live = Json::parse(runTool({"report", "--json"}).output);
+    const Json captured = Json::parse(runTool({"report", "--json", "--root", copy}).output);
+    EXPECT_EQ(captured["host"]["kernel_text"], live["host"]["kernel_text"]);
+    EXPECT_EQ(captured["host"]["name"], live["host"]["name"]);
+    EXPECT_EQ(captured["memory"]["mem_total_kib"], live["memory"]["mem_total_kib"]);
+    EXPECT_EQ(captured["cpu"]["core_count"], live["cpu"]["core_count"]);
+    EXPECT_EQ(captured["pci_functions"], live["pci_functions"]);
+    EXPECT_EQ(captured["block_devices"], live["block_devices"]);
+}
+
+TEST(Tool, CapturesPastAFileThatCannotBeRead)
+{
+    TemporaryTree tree(false);
+    tree.file("/root/proc/version", "Linux version 5.10.3\n").directory("/root/proc/meminfo");
+    const Outcome capture = runTool({"--root", tree.real("/root").string(), "capture", tree.real("/copy").string()});
+    EXPECT_EQ(capture.exitCode, 0);
+    EXPECT_NE(capture.errors.find("not captured: /proc/meminfo"), std::string::npos) << capture.errors;
+    EXPECT_EQ(tree.contents("/copy/proc/version"), "Linux version 5.10.3\n");
+}
+
+TEST(Tool, SaysWhatCouldNotBeRead)
+{
+    TemporaryTree tree(false);
+    tree.file("/proc/version", "Linux version five\n").file("/sys/block/x\033[31m/size", "8\n");
+    const Outcome report = runTool({"--root", tree.real("/").string(), "report"});
+    EXPECT_EQ(report.exitCode, 1);
+    EXPECT_NE(report.errors.find("k7sal: uptime failed: can't open \"/proc/uptime\" (No such file or directory)"),
+              std::string::npos)
+        << report.errors;
+    EXPECT_NE(report.errors.find("k7sal: kernel version failed: "), std::string::npos) << report.errors;
+    EXPECT_NE(report.output.find("x?[31m"), std::string::npos) << "a device's name drives the terminal";
+}
+
+TEST(Tool, RefusesWrongUse)
+{
+    const std::vector<std::string> cases[] = {
+        {},
+        {"nonsense"},
+        {"report", "surplus"},
+        {"--root", "/nowhere/at/all", "report"},
+        {"capture"},
+        {"process"},
+        {"process", "find"},
+        {"process", "find", ""},
+        {"--root", BOARD, "process", "kill", "name"},
+    };
+    for (const auto& arguments : cases) {
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << ::testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.errors.rfind("k7sal: ", 0), 0U) << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+    }
+    for (const char* command : {"report", "capture", "process"})
+        EXPECT_EQ(runTool({command, "--help"}).exitCode, 0);
+    EXPECT_EQ(runTool({"--version"}).exitCode, 0);
+}
+
+TEST(Tool, FindsTestsAndEndsAProcess)
+{
+    K7_REQUIRE_SANDBOX();
+    const std::string name = "k7-tool-test-sleeper";
+    EXPECT_EQ(runTool({"process", "find", name}).exitCode, 1);
+    EXPECT_EQ(runTool({"process", "alive", name}).exitCode, 1);
+    EXPECT_EQ(runTool({"process", "kill", name}).exitCode, 1);
+    const NamedProcess process(name);
+    EXPECT_EQ(runTool({"process", "find", name}).output, std::to_string(process.pid()) + "\n");
+    EXPECT_EQ(runTool({"process", "alive", name}).exitCode, 0);
+    EXPECT_EQ(runTool({"process", "kill", "k7"}).exitCode, 1) << "its own name";
+    EXPECT_EQ(runTool({"process", "kill", name}).exitCode, 0);
+    EXPECT_EQ(runTool({"process", "alive", name}).exitCode, 1);
+}
