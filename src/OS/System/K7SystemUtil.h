@@ -9,6 +9,7 @@
 #include "OS/System/K7SystemUtilClass.h"
 #include "OS/System/Memory.h"
 #include "OS/System/Misc.h"
+#include "OS/System/Network.h"
 #include "OS/System/OS.h"
 #include "OS/System/PCI.h"
 #include "OS/System/Shell.h"

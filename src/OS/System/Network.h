@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Network interfaces, name servers and reachability.
+#pragma once
+
+#include "Core/K7EthDevInfo.h"
+#include "OS/System/K7SystemUtilClass.h"
+
+#include <vector>
+
+namespace Kivo {
+
+/// Queries of one named network interface ("eth0"), and the name servers that the resolver uses.
+///
+/// Every query opens what it needs, reads, closes and returns; nothing is cached. A name of more than 15 bytes names no
+/// interface. Unless said otherwise an operation gives false on failure, leaves its outputs as they were and tells the
+/// reason, if it has one, to K7SystemUtil::lastFailure(). What is asked of the kernel by a socket (addresses, IPv4
+/// masks, links, offload) needs the live system; what is read from a file follows the system root.
+///
+/// *Threads*: any, except for the name servers, which one configuring thread sets and clears.
+class K7SAL_API K7SystemUtil::Network {
+public:
+    Network() = delete;
+
+    /// The longest that getAddrInfo() waits for an answer, in ms.
+    static constexpr uint32 ADDR_INFO_TIMEOUT = 5000;
+
+    /// The longest that testConnectivity() takes, its name resolution included, in ms.
+    static constexpr uint32 CONNECTIVITY_TIMEOUT = 3000;
+
+    /// Traffic of one direction since the interface came to be. A counter of 32 bits is the lower half of the kernel's.
+    struct NetDevIoCounters {
+        uint64 bytes;
+        uint64 packets;
+        uint32 errs;
+        uint32 drop;
+        uint32 fifo;
+        uint32 colls;   ///< transmission only, 0 for reception
+        uint32 carrier; ///< transmission only, 0 for reception
+        uint32 frame;   ///< reception only, 0 for transmission
+        uint32 compressed;
+        uint32 multicast; ///< reception only, 0 for transmission
+    };
+
+    /// Traffic of one interface.
+    struct NetDevIoStat {
+        char devName[32]; ///< zero-terminated
+        NetDevIoCounters rx;
+        NetDevIoCounters tx;
+    };
+
+    /// Read the first address that an interface has of the family.
+    /// @return false, without a reason, when it has none or there is no such interface
+    /// *Source*: getifaddrs
+    static bool getIpAddress(const char* devName, K7IPv4Address* address);
+    static bool getIpAddress(const char* devName, K7IPv6Address* address);
+
+    /// Read the default gateway through an interface.
+    ///
+    /// A route counts when its interface's name begins @p devName: asking for eth10 finds a route of eth1, too.
+    /// @return false, without a reason, when there is none
+    /// *Source*: `/proc/net/route`
+    static bool getGateway(const char* devName, K7IPv4Address* gateway);
+
+    /// Read the gateway of the first IPv6 route that has one, whatever its destination; names match as for IPv4.
+    /// *Source*: `/proc/net/ipv6_route`
+    static bool getGateway(const char* devName, K7IPv6Address* gateway);
+
+    /// Read the netmask that belongs to an interface's first IPv4 address.
+    /// *Source*: SIOCGIFNETMASK
+    static bool getSubnetMask(const char* devName, K7IPv4Address* mask);
+
+    /// Read the network of an interface's first IPv6 address: the address with all bits beyond its prefix cleared.
+    /// Names match as in getGateway(). @return false, without a reason, when it has none
+    /// *Source*: `/proc/net/if_inet6`
+    static bool getSubnetMask(const char* devName, K7IPv6Address* mask);
+
+    // The same by value: an address that is not set when the name is null or the query fails.
+    static K7IPv4Address getDefaultGateway(const char* devName);
+    static K7IPv6Address getDefaultGatewayV6(const char* devName);
+    static K7IPv4Address getSubnetMask(const char* devName);
+    static K7IPv6Address getSubnetMaskV6(const char* devName);
+
+    /// Read the hardware address of an interface.
+    /// @param mac takes six bytes
+    /// *Source*: SIOCGIFHWADDR
+    static bool getMacAddress(uint8* mac, const char* devName);
+    static bool getMacAddress(K7MacAddress* mac, const char* devName);
+
+    /// Whether an interface may have this hardware address: it is neither all zero nor a group's.
+    static bool isValidMacAddress(const K7MacAddress& mac);
+
+    /// Make the link-local address 169.254.x.y of the last two bytes of a hardware address.
+    /// @param mac null to read the interface's; an address that is not set is the result when that fails
+    static K7IPv4Address getDefaultLinkLocalAddressV4(const char* devName, const K7MacAddress* mac);
+
+    /// Make the link-local address of a hardware address by the modified EUI-64 rule; @p mac as for IPv4.
+    static K7IPv6Address getDefaultLinkLocalAddressV6(const char* devName, const K7MacAddress* mac);
+
+    /// Read the traffic counters of an interface.
+    /// *Source*: `/proc/net/dev`. *Cost*: the kernel walks all interfaces up to the one asked for.
+    static bool getNetDevIoStat(const char* devName, NetDevIoStat* stat);
+
+    /// Whether an interface is both up and running; false when that cannot be told.
+    /// *Source*: SIOCGIFFLAGS on a packet socket. *Privilege*: CAP_NET_RAW
+    static bool getNetworkLink(const char* devName);
+
+    /// Read whether an interface detects a physical link. Only the first 30 interfaces with an IPv4 address are known
+    /// here. @param link becomes false, too, when the interface is not among them
+    /// *Source*: SIOCGIFCONF, ETHTOOL_GLINK
+    static bool getEthernetLink(const char* devName, bool* link);
+
+    /// Read the speed of a link in Mbit/s.
+    /// @param speed takes 10, 100 or 1000; it is left as it was, with true, at any other speed
+    /// @return false, without a reason, when the speed cannot be read, as while the link is down
+    /// *Source*: `/sys/class/net/<device>/speed`
+    static bool getEthernetLinkSpeed(const char* devName, int32* speed);
+
+    /// Read whether the device gathers a packet from several pieces of memory when it sends.
+    /// *Source*: ETHTOOL_GSG
+    static bool getEthernetToolSG(const char* devName, bool* on);
+
+    /// Switch scatter-gather on or off. *Source*: ETHTOOL_SSG. *Privilege*: CAP_NET_ADMIN
+    static bool setEthernetToolSG(const char* devName, bool on);
+
+    /// Switch scatter-gather of the WAN device on at 1000 Mbit/s and off at 10 and 100; at another speed, or when it is
+    /// as it should be, nothing is done. Each step is reported to K7SystemError::trace(), its text as the tag.
+    /// *Privilege*: CAP_NET_ADMIN
+    static void fixupBugForEthernetFeatureSG(const K7EthDevInfo* info);
+
+    /// The sockets in use in the system, 0 when unknown. *Source*: `/proc/net/sockstat`
+    static int32 getUsedSocketCount();
+
+    /// Refresh both addresses of a device from the kernel, by the name of its interface. Without an IPv4 address
+    /// nothing changes; without an IPv6 address that one becomes not set.
+    /// @param changed tells whether an address differs from the stored one; may be null
+    static bool updateIpAddress(K7EthDevInfo* info, bool* changed);
+
+    /// Refresh the hardware address of a device from the kernel, by the name of the device.
+    static bool updateMacAddress(K7EthDevInfo* info);
+
+    /// Resolve a host into the texts of its addresses, in the order in which they should be tried.
+    /// @param addresses is replaced
+    /// @param host a name or a numeric address, which is resolved at once
+    /// *Source*: getaddrinfo. *Cost*: blocks, never longer than ADDR_INFO_TIMEOUT; a resolver that takes longer goes on
+    /// in the background until it gives up.
+    static bool getAddrInfo(std::vector<J3String>* addresses, const J3String& host);
+
+    /// Whether a TCP connection to a host can be made through an interface. Several addresses are tried in turn, each
+    /// with its share of the time.
+    /// @param port 1 to 65535
+    /// *Source*: SO_BINDTODEVICE. *Cost*: blocks, never longer than CONNECTIVITY_TIMEOUT.
+    static bool testConnectivity(const char* ifce, const char* host, uint16 port);
+
+    /// Make an address the first name server of its family and write the resolver file with updateResolvConf().
+    /// *Privilege*: who may write the file
+    static void setDnsIpAddress(const K7IPv4Address& address);
+    static void setDnsIpAddress(const K7IPv6Address& address);
+
+    /// Forget both name servers of the family and write the resolver file.
+    static void clearDnsIpAddress();
+    static void clearDnsIpAddressV6();
+
+    /// Read the first or the second IPv4 name server in force from the first 20 lines of the resolver file.
+    /// @return an address that is not set when there is none
+    /// *Source*: `/etc/resolv.conf`, or else `/var/nvr/resolv.conf`
+    static K7IPv4Address getDnsIpAddress(uint8 unused, bool first);
+
+    /// The same for IPv6. A link-local server is given without its scope.
+    static K7IPv6Address getDnsIpAddressV6(uint8 unused, bool first);
+
+    /// Read the first IPv4 name server that the DHCP client was given. *Source*: `/etc/resolv.conf.org`
+    static K7IPv4Address getAutoDnsIpAddress();
+
+    /// Read whether the DHCP client has a lease for the WAN or the video input interface.
+    /// @param leased may be null
+    /// @return false, without a reason, when its file is missing or holds no number
+    /// *Source*: `/var/nvr/udhcpc-wan.stat`, `/var/nvr/udhcpc-vin.stat`
+    static bool getWanDhcpcLeaseResult(bool* leased);
+    static bool getVinDhcpcLeaseResult(bool* leased);
+
+    /// Read the host name, which may have up to 63 bytes. @param devName not used
+    static bool getHostName(J3String* name, const char* devName);
+};
+
+/// Write the resolver file with the name servers that were set, followed by public ones to fall back to. When it cannot
+/// be opened, lastFailure() tells why, and the old file stays.
+/// *Source*: `/etc/resolv.conf`, or else `/var/nvr/resolv.conf`. *Privilege*: who may write them
+K7SAL_API void updateResolvConf();
+
+} // namespace Kivo
