@@ -3,6 +3,7 @@
 // What the library sees of a machine, as JSON.
 #include "Facts.h"
 
+#include "NetFacts.h"
 #include "Reading.h"
 
 #include "Core/K7Version.h"
@@ -215,21 +216,6 @@ Json blockFacts()
     return result;
 }
 
-Json networkFacts()
-{
-    Json result = Json::array();
-    for (const std::string& name : namesIn("/sys/class/net")) {
-        const std::string directory = "/sys/class/net/" + name;
-        const Json speed = number(directory + "/speed");
-        result.push_back({{"name", name},
-                          {"state", attribute(directory + "/operstate")},
-                          {"mac", attribute(directory + "/address")},
-                          {"mtu_bytes", number(directory + "/mtu")},
-                          {"speed_mbit_per_s", !speed.is_null() && speed.get<int64>() > 0 ? speed : Json(nullptr)}});
-    }
-    return result;
-}
-
 } // namespace
 
 Facts collectFacts()
@@ -241,6 +227,7 @@ Facts collectFacts()
     facts.document["pci_functions"] = pciFacts();
     facts.document["block_devices"] = blockFacts();
     facts.document["network_interfaces"] = networkFacts();
+    facts.document["dns"] = dnsFacts();
     return facts;
 }
 

@@ -3,6 +3,7 @@
 // k7sal report: what the library sees of a machine.
 #include "Command.h"
 #include "Facts.h"
+#include "NetTables.h"
 #include "Reading.h"
 #include "Terminal.h"
 
@@ -82,16 +83,6 @@ void printBlock(const Json& devices)
     printTable("Block devices", std::move(table), devices.empty());
 }
 
-void printNetwork(const Json& interfaces)
-{
-    Table table({"name", "state", "MAC", "MTU", "Mbit/s"},
-                {Table::LEFT, Table::LEFT, Table::LEFT, Table::RIGHT, Table::RIGHT});
-    for (const Json& interface : interfaces)
-        table.add({cell(interface["name"]), cell(interface["state"]), cell(interface["mac"]),
-                   cell(interface["mtu_bytes"]), cell(interface["speed_mbit_per_s"])});
-    printTable("Network interfaces", std::move(table), interfaces.empty());
-}
-
 int report(const Session& session)
 {
     const Facts facts = collectFacts();
@@ -103,7 +94,10 @@ int report(const Session& session)
         printCpu(facts.document["cpu"]);
         printPci(facts.document["pci_functions"]);
         printBlock(facts.document["block_devices"]);
-        printNetwork(facts.document["network_interfaces"]);
+        printHeading("Network interfaces");
+        std::cout << interfaceTables(facts.document["network_interfaces"], !session.root.empty());
+        printHeading("Name servers");
+        std::cout << dnsTables(facts.document["dns"]);
     }
     std::cout << std::flush;
     for (const Problem& problem : facts.problems)

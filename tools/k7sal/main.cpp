@@ -62,6 +62,8 @@ int main(int argc, char** argv)
     addReportCommand(app, session);
     addCaptureCommand(app, session);
     addProcessCommand(app, session);
+    addNetCommand(app, session);
+    addDnsCommand(app, session);
     installCommandRunner();
     try {
         app.parse(argc, argv);
