@@ -153,4 +153,9 @@ inline Events runTest(K7Pinger& pinger, Recorder& recorder, const char* ifceName
     return recorder.finish(pinger);
 }
 
+inline auto millisecondsSince(std::chrono::steady_clock::time_point begin)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin).count();
+}
+
 } // namespace K7Test

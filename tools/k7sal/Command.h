@@ -32,6 +32,7 @@ void addCaptureCommand(CLI::App& app, Session& session);
 void addProcessCommand(CLI::App& app, Session& session);
 void addNetCommand(CLI::App& app, Session& session);
 void addDnsCommand(CLI::App& app, Session& session);
+void addPingCommand(CLI::App& app, Session& session);
 
 /// Declare the option that asks for one JSON document in place of text.
 void addJsonOption(CLI::App& command, Session& session);

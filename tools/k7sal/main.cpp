@@ -64,6 +64,7 @@ int main(int argc, char** argv)
     addProcessCommand(app, session);
     addNetCommand(app, session);
     addDnsCommand(app, session);
+    addPingCommand(app, session);
     installCommandRunner();
     try {
         app.parse(argc, argv);
