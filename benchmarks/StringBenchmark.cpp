@@ -11,11 +11,11 @@ using namespace Kivo;
 
 namespace {
 
-constexpr std::size_t textLength = 64 * 1024;
+constexpr std::size_t TEXT_LENGTH = 64 * 1024;
 
 void setBytes(benchmark::State& state)
 {
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(textLength));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(TEXT_LENGTH));
 }
 
 void BM_SwprintfThreeIntegers(benchmark::State& state)
@@ -68,7 +68,7 @@ BENCHMARK(BM_FormatText);
 
 void BM_CopyWide(benchmark::State& state)
 {
-    const std::wstring source(textLength, L'x');
+    const std::wstring source(TEXT_LENGTH, L'x');
     for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(std::wstring(source));
     setBytes(state);
@@ -78,7 +78,7 @@ BENCHMARK(BM_CopyWide);
 
 void BM_FromAscii(benchmark::State& state)
 {
-    const std::string source(textLength, 'x');
+    const std::string source(TEXT_LENGTH, 'x');
     for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(J3String(source.c_str()));
     setBytes(state);
@@ -88,7 +88,7 @@ BENCHMARK(BM_FromAscii);
 
 void BM_CopyNarrow(benchmark::State& state)
 {
-    const std::string source(textLength, 'x');
+    const std::string source(TEXT_LENGTH, 'x');
     for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(std::string(source));
     setBytes(state);
@@ -98,7 +98,7 @@ BENCHMARK(BM_CopyNarrow);
 
 void BM_ToAscii(benchmark::State& state)
 {
-    const J3String source(std::wstring(textLength, L'x'));
+    const J3String source(std::wstring(TEXT_LENGTH, L'x'));
     for ([[maybe_unused]] auto step : state)
         benchmark::DoNotOptimize(source.to_string(STD_LOCALE_UTF8));
     setBytes(state);

@@ -42,6 +42,7 @@ function(k7_library name)
         SOVERSION ${PROJECT_VERSION_MAJOR}
         LINK_DEPENDS "${version_script}"
         INTERPROCEDURAL_OPTIMIZATION ${K7SAL_LTO}
+        INSTALL_RPATH "$ORIGIN"
         VERIFY_INTERFACE_HEADER_SETS ON)
     # Stays loaded once it is: a name look-up that was given up may still be running its code.
     target_link_options(${name} PRIVATE "LINKER:--version-script=${version_script}" LINKER:-z,nodelete)

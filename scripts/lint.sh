@@ -13,8 +13,10 @@ else
     clang-format-14 --dry-run --Werror "${files[@]}"
 fi
 
-# Headers are seen through the sources that include them.
 cmake --preset release >/dev/null
+cmake --build --preset release --target all_verify_interface_header_sets # each public header compiles alone
+
+# clang-tidy sees the headers through the sources that include them.
 git ls-files -- 'src/*.cpp' 'tools/*.cpp' |
     xargs -P "$(nproc)" -n 4 clang-tidy-14 -p build/release --quiet --warnings-as-errors='*' \
         --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wno-ignored-optimization-argument

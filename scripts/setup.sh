@@ -9,7 +9,7 @@ packages=(ccache cmake g++ libboost-dev libcli11-dev libutfcpp-dev ninja-build n
 for purpose in "$@"; do
     case $purpose in
         build) ;;
-        test) packages+=(googletest libgtest-dev libbenchmark-dev) ;;
+        test) packages+=(ethtool googletest iproute2 libgtest-dev libbenchmark-dev) ;;
         lint) packages+=(clang-format-14 clang-tidy-14 clang-14) ;;
         *) echo "setup.sh: unknown purpose '$purpose' (build, test or lint)" >&2; exit 2 ;;
     esac
@@ -27,6 +27,10 @@ if [ "$(id -u)" -ne 0 ]; then
     as_root=(sudo)
 fi
 echo "Installing: ${missing[*]}" >&2
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
 export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq >&2
-"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null >&2
+{
+    "${as_root[@]}" apt-get update -qq &&
+        "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+} </dev/null >"$log" 2>&1 || { cat "$log" >&2; exit 1; }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 #include <vector>
 
 namespace Kivo {
@@ -17,6 +18,8 @@ namespace Kivo {
 /// *Threads*: one at a time, without a lock. *Cost*: only setChannelCount() allocates.
 template <std::size_t N, class T = unsigned int>
 class K7CounterByChannel {
+    static_assert(N > 0 && std::is_unsigned_v<T>, "a channel has counters, and they wrap");
+
 public:
     using Counters = std::array<T, N>;
 

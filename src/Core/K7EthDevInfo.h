@@ -33,7 +33,7 @@ public:
 
     [[nodiscard]] const J3String& ifceName() const { return _ifceName; }
 
-    /// The names in UTF-8; valid until the name is set again.
+    /// The names in UTF-8; valid until either name is set or the record is read again.
     [[nodiscard]] const char* devNameCStr() const { return _narrowDevName.c_str(); }
 
     [[nodiscard]] const char* ifceNameCStr() const { return _narrowIfceName.c_str(); }

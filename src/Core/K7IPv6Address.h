@@ -47,7 +47,7 @@ public:
     /// The bytes in network order, as the kernel's in6_addr has them.
     [[nodiscard]] std::array<uint8, SIZE> bytes() const;
 
-    /// Take SIZE bytes in network order.
+    /// Take SIZE bytes in network order; null is reported and changes nothing.
     void setBytes(const uint8* bytes);
 
     static auto fields(auto& self) { return std::tie(self._msb, self._lsb); }

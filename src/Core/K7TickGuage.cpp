@@ -6,7 +6,6 @@
 #include <algorithm>
 
 namespace Kivo {
-
 namespace {
 
 // The tick is all that is told between threads; nothing else is ordered by it.

@@ -21,9 +21,7 @@ public:
         : _interval(interval), _start(now), _dueAtOnce(elapsed)
     {}
 
-    K7TickGuage(const K7TickGuage& other)
-        : _interval(other._interval), _start(other._start.load()), _dueAtOnce(other._dueAtOnce.load())
-    {}
+    K7TickGuage(const K7TickGuage& other) : K7TickGuage(other._interval, other._dueAtOnce, other._start) {}
 
     K7TickGuage& operator=(const K7TickGuage& other);
     ~K7TickGuage() = default;

@@ -24,7 +24,8 @@ bool NetworkChannel::open(int family)
 bool NetworkChannel::bindToInterface() const
 {
     const std::string name = _interfaceName.to_string();
-    if (name.size() >= IFNAMSIZ) { // the kernel would cut it and might find another interface
+    // The kernel would cut such a name and might find another interface.
+    if (name.size() >= IFNAMSIZ || name.find('\0') != name.npos) {
         errno = ENODEV;
         return false;
     }

@@ -14,7 +14,7 @@ namespace {
 
 // Constant-initialised, so that a static initialiser may already assert.
 constinit std::atomic<J3AssertFunc::Handler> currentHandler{nullptr};
-constexpr J3AssertFunc reporter{};
+constexpr J3AssertFunc REPORTER{};
 
 // In one write, so that the lines of several threads and processes stay whole; what cannot be written is lost.
 void reportOnStandardError(const J3String& expression, const J3String& message, const J3String& function,
@@ -43,6 +43,6 @@ void J3AssertFunc::operator()(const J3String& expression, const J3String& messag
 
 J3AssertFunc::Handler J3AssertFunc::setHandler(Handler handler) { return currentHandler.exchange(handler); }
 
-constinit const J3AssertFunc& j3assertFunc = reporter;
+constinit const J3AssertFunc& j3assertFunc = REPORTER;
 
 } // namespace Kivo

@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    enum Major : uint8 { BYTES = 2, TEXT = 3, ARRAY = 4, MAP = 5, TAG = 6, SIMPLE = 7 };
+    enum Major : uint8 { BYTES = 2, TEXT = 3, ARRAY = 4, MAP = 5, TAG = 6 };
 
     /// What is still to come at one level: a number of items, or items without end until a break.
     struct Level {

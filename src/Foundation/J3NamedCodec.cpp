@@ -24,7 +24,7 @@ bool isUtf8(const std::locale& encoding) { return &facetOf(encoding) == &facetOf
 class Iconv {
 public:
     Iconv(const std::string& to, const std::string& from)
-        : _handle(isName(to) && isName(from) ? iconv_open(to.c_str(), from.c_str()) : none)
+        : _handle(isName(to) && isName(from) ? iconv_open(to.c_str(), from.c_str()) : NONE)
     {}
 
     Iconv(const Iconv&) = delete;
@@ -36,7 +36,7 @@ public:
             iconv_close(_handle);
     }
 
-    explicit operator bool() const { return _handle != none; }
+    explicit operator bool() const { return _handle != NONE; }
 
     // Convert as far as it goes. Gives 0 at the end of the input, EILSEQ or EINVAL where it stopped before.
     template <class From, class To>
@@ -49,8 +49,12 @@ public:
         return error;
     }
 
-    // Write what brings a stateful encoding back to its initial state.
-    void finish(std::string* out) { run<char>(nullptr, nullptr, out); }
+    // Write what is held back: a character that the next one could have joined, the way back to the initial state.
+    template <class To>
+    void finish(std::basic_string<To>* out)
+    {
+        run<To>(nullptr, nullptr, out);
+    }
 
 private:
     template <class To>
@@ -74,7 +78,7 @@ private:
         return !name.empty() && std::isalnum(static_cast<unsigned char>(name.front()));
     }
 
-    static inline const iconv_t none = reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
+    static inline const iconv_t NONE = reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
 
     iconv_t _handle;
 };
@@ -130,13 +134,13 @@ std::wstring decode(std::string_view text, const std::locale& encoding)
         out.append(room.data(), to);
         const bool stuck = result == Facet::error || (from == before && to == room.data());
         if (stuck && from != end) {
-            out += replacement;
+            out += REPLACEMENT;
             ++from;
             state = {};
         }
     }
     if (!std::mbsinit(&state))
-        out += replacement;
+        out += REPLACEMENT;
     return out;
 }
 
@@ -167,9 +171,10 @@ std::wstring decode(std::string_view text, const std::string& encodingName)
             break;
         if (unit == 0)
             unit = unitOf(encodingName);
-        out += replacement;
+        out += REPLACEMENT;
         text.remove_prefix(error == EINVAL ? text.size() : std::min(text.size(), unit));
     }
+    converter.finish(&out);
     return out;
 }
 

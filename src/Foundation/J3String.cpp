@@ -17,12 +17,12 @@
 namespace Kivo {
 namespace {
 
-constexpr const wchar_t* whiteSpace = L" \t\n\v\f\r";
+constexpr const wchar_t* WHITE_SPACE = L" \t\n\v\f\r";
 
-bool given(const void* store, const char* name)
+bool given(const void* store, const char* name, const char* function)
 {
     if (!store)
-        J3_REPORT(name, J3String(name) + L" is Null!", "Foundation/J3String");
+        j3assertFunc(name, J3String(name) + L" is Null!", function, "Foundation/J3String", __LINE__);
     return store != nullptr;
 }
 
@@ -42,19 +42,19 @@ J3String* J3String::clone() const { return new J3String(*this); }
 
 void J3String::archiveTo(J3Archive* archive) const
 {
-    if (given(archive, "archive"))
+    if (given(archive, "archive", __func__))
         archive->writeString(1, *this, J3String());
 }
 
 void J3String::unarchiveFrom(J3Archive* archive)
 {
-    if (given(archive, "archive"))
+    if (given(archive, "archive", __func__))
         archive->readString(1, this, J3String());
 }
 
 void J3String::serializeTo(J3Stream* stream) const
 {
-    if (!given(stream, "stream"))
+    if (!given(stream, "stream", __func__))
         return;
     const std::string bytes = to_string();
     stream->writeUint32(static_cast<uint32>(bytes.size()));
@@ -63,12 +63,15 @@ void J3String::serializeTo(J3Stream* stream) const
 
 void J3String::deserializeFrom(J3Stream* stream)
 {
-    if (!given(stream, "stream"))
+    if (!given(stream, "stream", __func__))
         return;
+    const uint32 start = stream->position();
     uint32 size = 0;
     stream->readUint32(&size);
-    if (size > stream->remains())
-        throw J3RangeException(L"string", 0, stream->remains(), size);
+    if (const uint32 rest = stream->remains(); size > rest) {
+        stream->moveTo(start);
+        throw J3RangeException(L"string", 0, rest, size);
+    }
     std::string bytes(size, '\0');
     stream->readUint8Array(reinterpret_cast<uint8*>(bytes.data()), size);
     _text = J3TextCodec::decodeUtf8(bytes);
@@ -127,13 +130,13 @@ J3String& J3String::replace(const J3String& what, const J3String& with, bool all
 
 J3String& J3String::trimLeft()
 {
-    _text.erase(0, _text.find_first_not_of(whiteSpace));
+    _text.erase(0, _text.find_first_not_of(WHITE_SPACE));
     return *this;
 }
 
 J3String& J3String::trimRight()
 {
-    _text.erase(_text.find_last_not_of(whiteSpace) + 1);
+    _text.erase(_text.find_last_not_of(WHITE_SPACE) + 1);
     return *this;
 }
 

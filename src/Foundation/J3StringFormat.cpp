@@ -102,7 +102,7 @@ void Formatter::print(std::wstring_view format)
 
 bool Formatter::print(const Conversion& conversion)
 {
-    const bool isLong = conversion.length == Length::Long || conversion.length == Length::LongLong;
+    const bool isLong = conversion.length == Length::LONG || conversion.length == Length::LONG_LONG;
     switch (conversion.specifier) {
     case L'd':
     case L'i':
@@ -122,7 +122,7 @@ bool Formatter::print(const Conversion& conversion)
     case L'F':
     case L'g':
     case L'G':
-        if (conversion.length == Length::LongLong)
+        if (conversion.length == Length::LONG_LONG)
             printFloat(conversion, _arguments.next<long double>());
         else
             printFloat(conversion, _arguments.next<double>());
@@ -222,7 +222,7 @@ void Formatter::printFloat(const Conversion& conversion, Float value)
 void Formatter::printCharacter()
 {
     const auto character = static_cast<wchar_t>(_arguments.next<int>());
-    _text.append(1, J3TextCodec::isScalar(character) ? character : J3TextCodec::replacement);
+    _text.append(1, J3TextCodec::isScalar(character) ? character : J3TextCodec::REPLACEMENT);
 }
 
 void Formatter::printPointer(const Conversion& conversion)

@@ -19,9 +19,9 @@
 namespace Kivo::J3Format {
 
 // Wider fields and longer precisions count as this, so that no format exhausts memory.
-constexpr int longestField = 65535;
+constexpr int LONGEST_FIELD = 65535;
 
-enum class Length { Int, Char, Short, Long, LongLong, IntMax, Size, Difference };
+enum class Length { INT, CHAR, SHORT, LONG, LONG_LONG, INTMAX, SIZE, DIFFERENCE };
 
 struct Conversion {
     bool left = false;
@@ -31,7 +31,7 @@ struct Conversion {
     bool zero = false;
     int width = 0;
     int precision = -1;
-    Length length = Length::Int;
+    Length length = Length::INT;
     wchar_t specifier = 0;
 };
 
@@ -55,21 +55,21 @@ public:
     uint64 nextInteger(Length length, bool isSigned)
     {
         switch (length) {
-        case Length::Char:
+        case Length::CHAR:
             return widened<signed char>(next<int>(), isSigned);
-        case Length::Short:
+        case Length::SHORT:
             return widened<short>(next<int>(), isSigned);
-        case Length::Long:
+        case Length::LONG:
             return widened<long>(next<long>(), isSigned);
-        case Length::LongLong:
+        case Length::LONG_LONG:
             return widened<long long>(next<long long>(), isSigned);
-        case Length::IntMax:
+        case Length::INTMAX:
             return widened<std::intmax_t>(next<std::intmax_t>(), isSigned);
-        case Length::Size:
+        case Length::SIZE:
             return widened<std::make_signed_t<std::size_t>>(next<std::size_t>(), isSigned);
-        case Length::Difference:
+        case Length::DIFFERENCE:
             return widened<std::ptrdiff_t>(next<std::ptrdiff_t>(), isSigned);
-        case Length::Int:
+        case Length::INT:
             break;
         }
         return widened<int>(next<int>(), isSigned);
@@ -152,10 +152,10 @@ private:
     int readNumber()
     {
         if (take(L'*'))
-            return std::clamp(_arguments->next<int>(), -longestField, longestField);
+            return std::clamp(_arguments->next<int>(), -LONGEST_FIELD, LONGEST_FIELD);
         int number = 0;
         for (; peek() >= L'0' && peek() <= L'9'; ++_at)
-            number = std::min(number * 10 + static_cast<int>(peek() - L'0'), longestField);
+            number = std::min(number * 10 + static_cast<int>(peek() - L'0'), LONGEST_FIELD);
         return number;
     }
 
@@ -164,25 +164,25 @@ private:
         switch (peek()) {
         case L'h':
             ++_at;
-            return take(L'h') ? Length::Char : Length::Short;
+            return take(L'h') ? Length::CHAR : Length::SHORT;
         case L'l':
             ++_at;
-            return take(L'l') ? Length::LongLong : Length::Long;
+            return take(L'l') ? Length::LONG_LONG : Length::LONG;
         case L'q':
         case L'L':
             ++_at;
-            return Length::LongLong;
+            return Length::LONG_LONG;
         case L'j':
             ++_at;
-            return Length::IntMax;
+            return Length::INTMAX;
         case L'z':
             ++_at;
-            return Length::Size;
+            return Length::SIZE;
         case L't':
             ++_at;
-            return Length::Difference;
+            return Length::DIFFERENCE;
         default:
-            return Length::Int;
+            return Length::INT;
         }
     }
 

@@ -19,15 +19,15 @@ template <class From, class To>
 std::size_t copyAscii(const From* from, std::size_t count, To* to)
 {
     using Bits = std::make_unsigned_t<From>;
-    constexpr std::size_t block = 32;
+    constexpr std::size_t BLOCK = 32;
     std::size_t done = 0;
-    for (; count - done >= block; done += block) {
+    for (; count - done >= BLOCK; done += BLOCK) {
         Bits all = 0;
-        for (std::size_t i = 0; i < block; ++i)
+        for (std::size_t i = 0; i < BLOCK; ++i)
             all = static_cast<Bits>(all | static_cast<Bits>(from[done + i]));
         if (all > 0x7F)
             break;
-        for (std::size_t i = 0; i < block; ++i)
+        for (std::size_t i = 0; i < BLOCK; ++i)
             to[done + i] = static_cast<To>(from[done + i]);
     }
     for (; done < count && static_cast<Bits>(from[done]) <= 0x7F; ++done)
@@ -35,7 +35,7 @@ std::size_t copyAscii(const From* from, std::size_t count, To* to)
     return done;
 }
 
-enum class Form { WellFormed, IllFormed, Cut };
+enum class Form { WELL_FORMED, ILL_FORMED, CUT };
 
 // What stands at the beginning of some UTF-8: a character, the longest part of one, or one byte that begins none.
 struct Sequence {
@@ -48,37 +48,37 @@ Sequence sequenceAt(const char* from, const char* end)
     const auto byteAt = [&](std::ptrdiff_t index) { return static_cast<unsigned char>(from[index]); };
     const unsigned lead = byteAt(0);
     if (lead <= 0x7F)
-        return {Form::WellFormed, 1};
+        return {Form::WELL_FORMED, 1};
     if (lead < 0xC2 || lead > 0xF4)
-        return {Form::IllFormed, 1};
+        return {Form::ILL_FORMED, 1};
     // The second byte's range keeps overlong forms, surrogates and what lies beyond U+10FFFF out.
     unsigned low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     unsigned high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     const std::ptrdiff_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     for (std::ptrdiff_t index = 1; index < length; ++index, low = 0x80, high = 0xBF) {
         if (from + index == end)
-            return {Form::Cut, index};
+            return {Form::CUT, index};
         if (byteAt(index) < low || byteAt(index) > high)
-            return {Form::IllFormed, index};
+            return {Form::ILL_FORMED, index};
     }
-    return {Form::WellFormed, length};
+    return {Form::WELL_FORMED, length};
 }
 
 wchar_t decodeOne(const char* from, Form form)
 {
-    return form == Form::WellFormed ? static_cast<wchar_t>(utf8::unchecked::next(from)) : replacement;
+    return form == Form::WELL_FORMED ? static_cast<wchar_t>(utf8::unchecked::next(from)) : REPLACEMENT;
 }
 
 char* encodeOne(wchar_t character, char* to)
 {
-    return utf8::unchecked::append(static_cast<utf8::uint32_t>(isScalar(character) ? character : replacement), to);
+    return utf8::unchecked::append(static_cast<utf8::uint32_t>(isScalar(character) ? character : REPLACEMENT), to);
 }
 
 std::size_t encodedLength(std::wstring_view text)
 {
     std::size_t length = text.size();
     for (const wchar_t character : text) {
-        const auto code = static_cast<char32_t>(isScalar(character) ? character : replacement);
+        const auto code = static_cast<char32_t>(isScalar(character) ? character : REPLACEMENT);
         length += static_cast<std::size_t>(code > 0x7F) + (code > 0x7FF) + (code > 0xFFFF);
     }
     return length;
@@ -105,7 +105,7 @@ protected:
     {
         for (next = from, toNext = to; next != end;) {
             const Sequence sequence = sequenceAt(next, end);
-            if (toNext == toEnd || sequence.form == Form::Cut)
+            if (toNext == toEnd || sequence.form == Form::CUT)
                 return partial;
             *toNext++ = decodeOne(next, sequence.form);
             next += sequence.length;
@@ -118,7 +118,7 @@ protected:
         const char* at = from;
         for (; at != end && most > 0; --most) {
             const Sequence sequence = sequenceAt(at, end);
-            if (sequence.form == Form::Cut)
+            if (sequence.form == Form::CUT)
                 break;
             at += sequence.length;
         }
@@ -165,7 +165,7 @@ std::string_view withoutCutSequence(std::string_view text)
     const char* const end = text.data() + text.size();
     for (std::size_t length = 1; length <= std::min<std::size_t>(text.size(), 3); ++length)
         if ((*(end - length) & 0xC0) != 0x80) {
-            if (sequenceAt(end - length, end).form == Form::Cut)
+            if (sequenceAt(end - length, end).form == Form::CUT)
                 text.remove_suffix(length);
             break;
         }

@@ -13,7 +13,7 @@
 
 namespace Kivo::J3TextCodec {
 
-constexpr wchar_t replacement = 0xFFFD;
+constexpr wchar_t REPLACEMENT = 0xFFFD;
 
 /// Whether @p character is a Unicode scalar value: no surrogate, and not beyond U+10FFFF.
 constexpr bool isScalar(wchar_t character)

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 #include <ctime>
-#include <system_error>
+#include <exception>
 
 #include <pthread.h>
 #include <sched.h>
@@ -51,7 +51,7 @@ J3Thread::J3Thread(const J3String& name, J3ThreadManager* manager) : _name(name)
 
 J3Thread::~J3Thread()
 {
-    quit();
+    _quitRequested = true; // what quit() would still reach here
     join();
 }
 
@@ -69,7 +69,7 @@ bool J3Thread::run(bool wait)
         _state = State::STARTING;
         try {
             _handle = std::thread(&J3Thread::main, this);
-        } catch (const std::system_error&) {
+        } catch (const std::exception&) { // no thread, or no memory for one
             setState(State::STOPPED);
             return false;
         }

@@ -23,15 +23,15 @@ J3String J3TimeFormatter::formatTime(const J3Time& time) const
     tzset(); // a zone that was changed since the last call counts
     if (!localtime_r(&seconds, &local))
         return {};
-    constexpr std::size_t limit = MAX_LENGTH + 2; // our own character and the final zero
+    constexpr std::size_t LIMIT = MAX_LENGTH + 2; // our own character and the final zero
     std::wstring text(64, L'\0');
     for (;;) {
         const std::size_t length = std::wcsftime(text.data(), text.size(), _format.c_str(), &local);
         if (length > 0)
             return text.substr(1, length - 1);
-        if (text.size() == limit)
+        if (text.size() == LIMIT)
             return {};
-        text.resize(std::min(4 * text.size(), limit));
+        text.resize(std::min(4 * text.size(), LIMIT));
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// What is read from the kernel's files about interfaces: gateways, prefixes, counters, speeds, sockets.
+// What is read from files about the network, and the resolver file as it is written.
 #include "support/SystemTree.h"
 
 #include "OS/System/Network.h"
@@ -13,338 +13,256 @@ using Network = K7SystemUtil::Network;
 
 namespace {
 
-constexpr const char* ROUTE_HEADING =
-    "Iface\tDestination\tGateway \tFlags\tRefCnt\tUse\tMetric\tMask\t\tMTU\tWindow\tIRTT\n";
-constexpr const char* DEV_HEADING =
-    "Inter-|   Receive                                                |  Transmit\n"
-    " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets errs drop fifo colls carrier "
-    "compressed\n";
-constexpr const char* ZEROS = "00000000000000000000000000000000";
+/// A file's text, and what is answered about an interface.
+struct Case {
+    std::string text;
+    J3String answer;
+    std::string devName = "eth0";
+};
 
-J3String gatewayOf(const char* devName) { return Network::getDefaultGateway(devName).toString(); }
+void expectAnswers(const char* path, const std::vector<Case>& cases, J3String (*ask)(const char* devName))
+{
+    for (const Case& test : cases) {
+        TemporaryTree tree;
+        tree.file(path, test.text);
+        EXPECT_EQ(ask(test.devName.c_str()), test.answer) << test.text;
+    }
+}
 
-J3String gatewayV6Of(const char* devName) { return Network::getDefaultGatewayV6(devName).toString(); }
+J3String speedOf(const char* devName)
+{
+    int32 speed = 77;
+    return Network::getEthernetLinkSpeed(devName, &speed) ? J3String().format(L"%d", speed) : L"unknown";
+}
+
+J3String countersOf(const char* devName)
+{
+    Network::NetDevIoStat stat;
+    const auto& rx = stat.rx;
+    const auto& tx = stat.tx;
+    if (!Network::getNetDevIoStat(devName, &stat))
+        return L"none";
+    return J3String().format(L"%s: %llu %llu %u %u %u %u %u %u %u %u, %llu %llu %u %u %u %u %u %u %u %u", stat.devName,
+                             rx.bytes, rx.packets, rx.errs, rx.drop, rx.fifo, rx.colls, rx.carrier, rx.frame,
+                             rx.compressed, rx.multicast, tx.bytes, tx.packets, tx.errs, tx.drop, tx.fifo, tx.colls,
+                             tx.carrier, tx.frame, tx.compressed, tx.multicast);
+}
+
+constexpr const char* RESOLVER = "/etc/resolv.conf";
+const std::string UNSET = "# nameserver not set";
+
+/// The whole resolver file, given the lines of the first server of each family.
+std::string rendered(const std::string& ipv4, const std::string& ipv6)
+{
+    return ipv4 +
+           "\n# nameserver not set\n"
+           "nameserver 8.8.8.8  ##< google IPv4 DNS1.\n"
+           "nameserver 8.8.4.4  ##< google IPv4 DNS2.\n\n" +
+           ipv6 +
+           "\n# nameserver not set\n"
+           "nameserver 2001:4860:4860::8888  ##< google IPv6 DNS1.\n"
+           "nameserver 2001:4860:4860::8844  ##< google IPv6 DNS2.\n\n"
+           "options timeout:1 attempts:2\n\n";
+}
 
 /// Why the operation that gave @p result failed.
 J3String reason(bool result) { return result ? J3String(L"it answered") : K7SystemUtil::lastFailure().reason; }
 
-std::string routeV6(const std::string& nextHop, const std::string& flags, const std::string& name)
-{
-    return std::string(ZEROS) + " 00 " + ZEROS + " 00 " + nextHop + " 00000400 00000001 00000000 " + flags + "     " +
-           name + "\n";
-}
-
 } // namespace
 
-TEST(NetworkFiles, ReadsACapturedBoard)
-{
-    const FixtureRoot board("virt-board");
-    EXPECT_EQ(gatewayOf("eth0"), L"10.0.2.2");
-    EXPECT_EQ(gatewayOf("eth1"), L"0.0.0.0");
-    EXPECT_EQ(gatewayV6Of("eth1"), L"fe80::2");
-    EXPECT_EQ(Network::getSubnetMaskV6("eth0").toString(), L"fec0::");
-    EXPECT_EQ(Network::getSubnetMaskV6("lo").toString(), L"::1");
-
-    int32 speed = 7;
-    EXPECT_TRUE(Network::getEthernetLinkSpeed("eth0", &speed));
-    EXPECT_EQ(speed, 7);
-    EXPECT_TRUE(Network::getEthernetLinkSpeed("eth1", &speed));
-    EXPECT_EQ(speed, 1000);
-
-    Network::NetDevIoStat stat;
-    ASSERT_TRUE(Network::getNetDevIoStat("eth1", &stat));
-    EXPECT_STREQ(stat.devName, "eth1");
-    EXPECT_EQ(stat.rx.bytes, 114U);
-    EXPECT_EQ(stat.rx.multicast, 2U);
-    EXPECT_EQ(stat.tx.bytes, 602U);
-    EXPECT_EQ(stat.tx.packets, 7U);
-}
-
-TEST(NetworkFiles, AnswersNothingAboutTheRunningSystemUnderARoot)
+TEST(NetworkFiles, OfACapturedBoardAnswerAlone)
 {
     const FixtureRoot board("virt-board");
     K7IPv4Address ipv4;
-    K7IPv6Address ipv6;
-    K7MacAddress mac;
-    J3String name;
     std::vector<J3String> addresses;
-    bool on = false;
+    EXPECT_EQ(Network::getDefaultGateway("eth0").toString(), L"10.0.2.2");
+    EXPECT_EQ(Network::getDefaultGatewayV6("eth1").toString(), L"fe80::2");
+    EXPECT_EQ(Network::getSubnetMaskV6("eth0").toString(), L"fec0::");
+    EXPECT_EQ(speedOf("eth1"), L"1000");
+    EXPECT_EQ(countersOf("eth1"), L"eth1: 114 1 0 0 0 0 0 0 0 2, 602 7 0 0 0 0 0 0 0 0");
     for (const J3String& seen :
-         {reason(Network::getIpAddress("lo", &ipv4)), reason(Network::getIpAddress("lo", &ipv6)),
-          reason(Network::getSubnetMask("lo", &ipv4)), reason(Network::getMacAddress(&mac, "lo")),
-          reason(Network::getNetworkLink("lo")), reason(Network::getEthernetLink("lo", &on)),
-          reason(Network::getEthernetToolSG("lo", &on)), reason(Network::setEthernetToolSG("lo", on)),
-          reason(Network::getAddrInfo(&addresses, L"127.0.0.1")), reason(Network::testConnectivity("lo", "::1", 1)),
-          reason(Network::getHostName(&name, "lo"))})
+         {reason(Network::getIpAddress("lo", &ipv4)), reason(Network::getNetworkLink("lo")),
+          reason(Network::getAddrInfo(&addresses, L"::1")), reason(Network::testConnectivity("lo", "::1", 1))})
         EXPECT_EQ(seen, L"needs the live system");
 }
 
-TEST(Gateway, TakesTheFirstDefaultRouteWithAGateway)
+TEST(Gateway, IsOfTheFirstDefaultRouteThatHasOne)
 {
-    const struct {
-        const char* what;
-        const char* lines;
-        const char* devName;
-        const wchar_t* gateway;
-    } cases[] = {
-        {"a name in the file begins the wanted one", "eth1\t0\t0100A8C0\t3\t0\t0\t0\t0", "eth10", L"192.168.0.1"},
-        {"but not the other way round", "eth10\t0\t0100A8C0\t3\t0\t0\t0\t0", "eth1", L"0.0.0.0"},
-        {"no gateway bit", "eth0\t00000000\t0100A8C0\t0001\t0\t0\t0\t00000000", "eth0", L"0.0.0.0"},
-        {"other flags besides", "eth0\t00000000\t0100A8C0\t0207\t0\t0\t0\t00000000", "eth0", L"192.168.0.1"},
-        {"a destination", "eth0\t00A8C000\t0100A8C0\t0003\t0\t0\t0\t00000000", "eth0", L"0.0.0.0"},
-        {"a mask", "eth0\t00000000\t0100A8C0\t0003\t0\t0\t0\t000000FF", "eth0", L"0.0.0.0"},
-        {"a short line before", "eth0\t0\t0200A8C0\t3\t0\t0\t0\neth0\t0\t0100A8C0\t3\t0\t0\t0\t0", "eth0",
-         L"192.168.0.1"},
-        {"no number", "eth0\tzero\t0200A8C0\t3\t0\t0\t0\t0", "eth0", L"0.0.0.0"},
-        {"blanks for tabs", "  eth0 0 0100A8C0 3 0 0 0 0", "eth0", L"192.168.0.1"},
-        {"the first of two", "eth0\t0\t0100A8C0\t3\t0\t0\t0\t0\neth0\t0\t0200A8C0\t3\t0\t0\t0\t0", "eth0",
-         L"192.168.0.1"},
-        {"nothing", "", "eth0", L"0.0.0.0"},
-    };
-
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/proc/net/route", std::string(ROUTE_HEADING) + test.lines + "\n");
-        EXPECT_EQ(gatewayOf(test.devName), test.gateway) << test.what;
-    }
-}
-
-TEST(Gateway, IsFoundBehindThousandsOfRoutes)
-{
-    TemporaryTree tree;
-    std::string routes = ROUTE_HEADING;
+    const std::string route = "eth0\t00000000\t0100A8C0\t0003\t0\t0\t0\t00000000\t0\t0\t0\n";
+    std::string thousands;
     for (int i = 0; i < 5000; ++i)
-        routes += "eth0\t0002000A\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0" + std::string(70, ' ') + "\n";
-    tree.file("/proc/net/route", routes + "eth0\t00000000\t0202000A\t0003\t0\t0\t0\t00000000\t0\t0\t0\n");
-    EXPECT_EQ(gatewayOf("eth0"), L"10.0.2.2");
-}
-
-/// A line of more than 511 bytes counts as several: the 512th byte begins the next one.
-TEST(Gateway, SeesALongLineAsItsPieces)
-{
-    const std::string route = "eth0\t0\t0100A8C0\t3\t0\t0\t0\t0\n";
-    for (const auto& [filler, gateway] : {std::pair(511, L"192.168.0.1"), {510, L"0.0.0.0"}, {1022, L"192.168.0.1"}}) {
-        TemporaryTree tree;
-        tree.file("/proc/net/route", std::string(static_cast<std::size_t>(filler), 'x') + route);
-        EXPECT_EQ(gatewayOf("eth0"), gateway) << filler;
-    }
-}
-
-TEST(Gateway, ReadsIPv6Routes)
-{
-    const std::string hop = "fe800000000000000000000000000002";
-
-    const struct {
-        const char* what;
-        std::string lines;
-        const char* devName;
-        const wchar_t* gateway;
-    } cases[] = {
-        {"a gateway", routeV6(hop, "00450003", "eth0"), "eth0", L"fe80::2"},
-        {"a prefix of the name", routeV6(hop, "00450003", "eth1"), "eth10", L"fe80::2"},
-        {"the name cut at eight bytes", routeV6(hop, "00450003", "enp0s31f6"), "enp0s31f6", L"fe80::2"},
-        {"no gateway bit", routeV6(hop, "00450001", "eth0"), "eth0", L"::"},
-        {"another device first", routeV6(ZEROS, "00000003", "wan") + routeV6(hop, "00000003", "eth0"), "eth0",
-         L"fe80::2"},
-        {"no digits", routeV6("fe80000000000000zz00000000000002", "00000003", "eth0"), "eth0", L"::"},
-        {"a short line", routeV6(hop, "", ""), "eth0", L"::"},
+        thousands += "eth0\t0002000A\t00000000\t0001\t0\t0\t0\t00FFFFFF\t0\t0\t0" + std::string(70, ' ') + "\n";
+    const std::vector<Case> cases = {
+        {"Iface\tDestination\tGateway\tFlags\tRefCnt\tUse\tMetric\tMask\n" + route, L"192.168.0.1"},
+        {thousands + route, L"192.168.0.1"},
+        {"eth1\t0\t0100A8C0\t3\t0\t0\t0\t0", L"192.168.0.1", "eth10"},
+        {"eth10\t0\t0100A8C0\t3\t0\t0\t0\t0", L"0.0.0.0", "eth1"},
+        {"eth0\t00000000\t0200A8C0\t0001\t0\t0\t0\t00000000\n" + route, L"192.168.0.1"}, // no gateway bit
+        {"eth0\t00000000\t0200A8C0\t0207\t0\t0\t0\t00000000\n" + route, L"192.168.0.2"},
+        {"eth0\t0000000A\t0200A8C0\t0003\t0\t0\t0\t00000000\n" + route, L"192.168.0.1"}, // a destination
+        {"eth0\t00000000\t0200A8C0\t0003\t0\t0\t0\t000000FF\n" + route, L"192.168.0.1"}, // a mask
+        {"eth0\t00000000\t0200A8C0\t0003\t0\t0\t0\n" + route, L"192.168.0.1"},           // too short
+        {"  eth0 0 0200A8C0 3 0 0 0 0", L"192.168.0.2"},
+        {std::string(510, 'x') + route, L"0.0.0.0"},
+        {std::string(511, 'x') + route, L"192.168.0.1"}, // a line of more than 511 bytes counts as several
     };
-
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/proc/net/ipv6_route", test.lines);
-        EXPECT_EQ(gatewayV6Of(test.devName), test.gateway) << test.what;
-    }
+    expectAnswers("/proc/net/route", cases,
+                  [](const char* name) { return Network::getDefaultGateway(name).toString(); });
 }
 
-TEST(SubnetMask, IsTheFirstIPv6AddressCutAtItsPrefix)
+TEST(Gateway, OfIPv6IsTheFirstNextHop)
 {
-    const struct {
-        const char* lines;
-        const wchar_t* mask;
-    } cases[] = {
-        {"20010db8000100020003000400050006 02 40 00 80     eth1\n", L"2001:db8:1:2::"},
-        {"20010db8000100020003000400050006 02 80 00 80     eth1\n", L"2001:db8:1:2:3:4:5:6"},
-        {"20010db8000100020003000400050006 02 44 00 80     eth1\n", L"2001:db8:1:2::"},
-        {"20010db8000100020003000400050006 02 00 00 80     eth1\n"
-         "fe800000000000000000000000000001 02 0a 20 80     eth\n",
-         L"fe80::"},
-        {"20010db8000100020003000400050006 02 40 00 80     eth10\n", L"::"},
-        {"20010db8 02 40 00 80     eth1\n", L"::"},
-        {"20010db8000100020003000400050006 02 40\n", L"::"},
+    const std::string zeros(32, '0');
+    const std::string route = zeros + " 00 " + zeros + " 00 fe800000000000000000000000000002 00000400 00000001 0 ";
+    const std::vector<Case> cases = {
+        {route + "00450003     eth1\n", L"fe80::2", "eth10"},
+        {route + "00450003 enp0s31f6\n", L"fe80::2", "enp0s31f6"}, // the name is cut at eight bytes
+        {route + "00450001     eth0\n", L"::"},
+        {zeros + " 00 " + zeros + " 00 " + zeros + " 0 1 0 3 wan\n" + route + "3 eth0\n", L"fe80::2"},
+        {zeros + " 00 " + zeros + " 00 fe80000000000000zz00000000000002 0 1 0 3 eth0\n", L"::"},
+        {route, L"::"},
     };
-
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/proc/net/if_inet6", test.lines);
-        EXPECT_EQ(Network::getSubnetMaskV6("eth1").toString(), test.mask) << test.lines;
-    }
+    expectAnswers("/proc/net/ipv6_route", cases,
+                  [](const char* name) { return Network::getDefaultGatewayV6(name).toString(); });
 }
 
-TEST(Traffic, FillsEveryCounterFromItsColumn)
+TEST(SubnetMask, OfIPv6IsTheFirstAddressCutAtItsPrefix)
 {
-    TemporaryTree tree;
-    tree.file("/proc/net/dev",
-              std::string(DEV_HEADING) + "  eth0:18446744073709551615 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n");
-    Network::NetDevIoStat stat;
-    ASSERT_TRUE(Network::getNetDevIoStat("eth0", &stat));
-    const auto& rx = stat.rx;
-    const auto& tx = stat.tx;
-    using Values = std::vector<uint64>;
-    EXPECT_EQ((Values{rx.bytes, rx.packets, rx.errs, rx.drop, rx.fifo, rx.colls, rx.carrier, rx.frame, rx.compressed,
-                      rx.multicast}),
-              (Values{~0ULL, 2, 3, 4, 5, 0, 0, 6, 7, 8}));
-    EXPECT_EQ((Values{tx.bytes, tx.packets, tx.errs, tx.drop, tx.fifo, tx.colls, tx.carrier, tx.frame, tx.compressed,
-                      tx.multicast}),
-              (Values{9, 10, 11, 12, 13, 14, 15, 0, 16, 0}));
-}
-
-TEST(Traffic, FindsTheLineOfTheInterface)
-{
-    const std::string counters = " 1 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
-
-    const struct {
-        const char* what;
-        std::string text;
-        const char* devName;
-        bool found;
-    } cases[] = {
-        {"named as a heading", DEV_HEADING + std::string(" face:") + counters, "face", true},
-        {"only a heading", "  eth0:" + counters + "  eth1:" + counters, "eth1", false},
-        {"no prefix rule", DEV_HEADING + std::string("eth1:") + counters, "eth10", false},
-        {"an alias's name ends at the first colon", DEV_HEADING + std::string("eth0:1:") + counters, "eth0:1", false},
-        {"too few, then enough", DEV_HEADING + std::string("eth0: 7 8\neth0:") + counters, "eth0", true},
-        {"fifteen values", DEV_HEADING + std::string("eth0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15\n"), "eth0", false},
-        {"no colon", DEV_HEADING + std::string("eth0 ") + counters, "eth0", false},
-        {"the last line without a line feed", DEV_HEADING + std::string("eth0:") + std::string(counters, 0, 32), "eth0",
-         true},
-        {"names compared over 31 bytes", DEV_HEADING + std::string(35, 'n') + ":" + counters,
-         "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnZ", true},
-        {"an empty file", "", "eth0", false},
+    const std::string address = "20010db8000100020003000400050006 02 ";
+    const std::vector<Case> cases = {
+        {address + "40 00 80     eth\n", L"2001:db8:1:2::"},
+        {address + "80 00 80     eth0\n", L"2001:db8:1:2:3:4:5:6"},
+        {address + "00 00 80     eth0\nfe800000000000000000000000000001 02 0a 20 80 eth0\n", L"fe80::"},
+        {address + "40 00 80     eth01\n", L"::"},
+        {"20010db8 02 40 00 80     eth0\n", L"::"},
     };
-
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/proc/net/dev", test.text);
-        Network::NetDevIoStat stat{"unchanged", {}, {}};
-        EXPECT_EQ(Network::getNetDevIoStat(test.devName, &stat), test.found) << test.what;
-        EXPECT_EQ(stat.rx.bytes, test.found ? 1U : 0U) << test.what;
-        EXPECT_EQ(stat.devName, std::string(test.found ? std::string_view(test.devName).substr(0, 31) : "unchanged"))
-            << test.what;
-    }
+    expectAnswers("/proc/net/if_inet6", cases,
+                  [](const char* name) { return Network::getSubnetMaskV6(name).toString(); });
 }
 
-TEST(Traffic, KeepsTheLowerHalfOfALargeErrorCount)
+TEST(Traffic, IsThatOfTheLineOfTheInterface)
 {
-    TemporaryTree tree;
-    tree.file("/proc/net/dev", std::string(DEV_HEADING) + "eth0: 1 2 3 4294967301 5 6 7 8 9 10 11 12 13 14 15 16\n");
-    Network::NetDevIoStat stat;
-    ASSERT_TRUE(Network::getNetDevIoStat("eth0", &stat));
-    EXPECT_EQ(stat.rx.drop, 5U);
+    const std::string heading = "Inter-|   Receive    |  Transmit\n face |bytes    packets |bytes\n";
+    const std::string counters = "18446744073709551615 2 3 4294967300 5 6 7 8 9 10 11 12 13 14 15 16\n";
+    const J3String answer = L": 18446744073709551615 2 3 4 5 0 0 6 7 8, 9 10 11 12 13 14 15 0 16 0";
+    const std::vector<Case> cases = {
+        {heading + "  eth0:" + counters, L"eth0" + answer},
+        {heading + " face: " + counters, L"face" + answer, "face"},
+        {"eth0:" + counters + "eth0:" + counters, L"none"}, // headings, whatever they say
+        {heading + "eth1:" + counters, L"none", "eth10"},
+        {heading + "eth0:1:" + counters, L"none", "eth0:1"},
+        {heading + "eth0: 7 8\neth0:" + counters, L"eth0" + answer},
+        {heading + "eth0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15\n", L"none"},
+        {heading + "eth0 " + counters, L"none"},
+        {heading + std::string(35, 'n') + ":" + counters, J3String(std::string(31, 'n').c_str()) + answer,
+         std::string(32, 'n')},
+    };
+    expectAnswers("/proc/net/dev", cases, countersOf);
 }
 
 TEST(LinkSpeed, KnowsThreeSpeeds)
 {
-    const struct {
-        const char* text;
-        bool read;
-        int32 speed;
-    } cases[] = {{"10\n", true, 10},   {"100\n", true, 100}, {"1000\n", true, 1000}, {"1000 \r\n\n", true, 1000},
-                 {"2500\n", true, 77}, {"-1\n", true, 77},   {"\n", true, 77},       {"010\n", true, 77},
-                 {" 10\n", true, 77},  {"", false, 77}};
-
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/sys/class/net/eth0/speed", test.text);
-        int32 speed = 77;
-        EXPECT_EQ(Network::getEthernetLinkSpeed("eth0", &speed), test.read) << test.text;
-        EXPECT_EQ(speed, test.speed) << test.text;
-        EXPECT_FALSE(Network::getEthernetLinkSpeed("eth1", &speed));
-    }
+    const std::vector<Case> cases = {
+        {"10\n", L"10"}, {"100\n", L"100"}, {"1000 \r\n\n", L"1000"}, {"2500\n", L"77"},
+        {"-1\n", L"77"}, {" 10\n", L"77"},  {"", L"unknown"},         {"10\n", L"unknown", "eth1"}};
+    expectAnswers("/sys/class/net/eth0/speed", cases, speedOf);
 }
 
 TEST(SocketCount, IsReadFromItsColumn)
 {
-    const struct {
-        const char* text;
-        int32 count;
-    } cases[] = {{"sockets: used 123\nTCP: inuse 5\n", 123},
-                 {"TCP: inuse 5\nsockets: used 7\n", 7},
-                 {"sockets: used\nsockets: used 9\n", 0},
-                 {"sockets:\n", 0},
-                 {"sockets: used x\n", 0},
-                 {"TCP: inuse 5\n", 0}};
+    expectAnswers("/proc/net/sockstat",
+                  {{"TCP: inuse 5\nsockets: used 123\n", L"123"}, {"sockets:\n", L"0"}, {"TCP: inuse 5\n", L"0"}},
+                  [](const char*) { return J3String().format(L"%d", Network::getUsedSocketCount()); });
+}
 
-    for (const auto& test : cases) {
-        TemporaryTree tree;
-        tree.file("/proc/net/sockstat", test.text);
-        EXPECT_EQ(Network::getUsedSocketCount(), test.count) << test.text;
-    }
-    const TemporaryTree empty;
-    EXPECT_EQ(Network::getUsedSocketCount(), 0);
+TEST(NameServer, IsTakenFromLinesOfEveryShape)
+{
+    const std::vector<Case> cases = {
+        {"nameserver 10.0.0.1\nnameserver 10.0.0.2\nnameserver 10.0.0.3\n", L"10.0.0.1 10.0.0.2 :: ::"},
+        {"nameserver\t \t10.0.0.1\t# mine\r\nnameserver fd00::1", L"10.0.0.1 0.0.0.0 fd00::1 ::"},
+        {"nameserver fe80::1%eth0\nnameserver ::g\nnameserver fd00::1\n", L"0.0.0.0 0.0.0.0 fe80::1 fd00::1"},
+        {"# nameserver 10.0.0.1\n nameserver 10.0.0.2\nnameserver10.0.0.3\n", L"0.0.0.0 0.0.0.0 :: ::"},
+        {"nameserver \nnameserver 10.0.0.256\nnameserver 10.1\n", L"10.0.0.1 0.0.0.0 :: ::"},
+        {"nameserver " + std::string(256, '0') + "1\nnameserver 10.1\n", L"0.0.0.0 10.0.0.1 :: ::"}, // cut to zeros
+        {std::string(19, '\n') + "nameserver 10.0.0.1\nnameserver 10.0.0.2\n", L"10.0.0.1 0.0.0.0 :: ::"},
+        {std::string(511, '#') + "nameserver 10.0.0.1\n", L"10.0.0.1 0.0.0.0 :: ::"}};
+    expectAnswers(RESOLVER, cases, [](const char*) {
+        const K7IPv4Address ipv4[] = {Network::getDnsIpAddress(0, true), Network::getDnsIpAddress(0, false)};
+        const K7IPv6Address ipv6[] = {Network::getDnsIpAddressV6(0, true), Network::getDnsIpAddressV6(0, false)};
+        return J3String().format(L"%@ %@ %@ %@", &ipv4[0], &ipv4[1], &ipv6[0], &ipv6[1]);
+    });
+}
+
+TEST(NameServer, IsWrittenAndKept)
+{
+    TemporaryTree tree;
+    const K7IPv4Address ipv4(0xC0A80001);
+    Network::setDnsIpAddress(ipv4);
+    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"updateResolvConf") << "there is no place for the file";
+    tree.directory("/var/nvr");
+    updateResolvConf();
+    EXPECT_EQ(tree.contents("/var/nvr/resolv.conf"), rendered("nameserver 192.168.0.1", UNSET));
+    EXPECT_EQ(Network::getDnsIpAddress(0, true), ipv4);
+
+    tree.file(RESOLVER, std::string(5000, '#'));
+    Network::setDnsIpAddress(K7IPv6Address(0xFD00000000000000, 0x53));
+    EXPECT_EQ(tree.contents(RESOLVER), rendered("nameserver 192.168.0.1", "nameserver fd00::53"));
+    Network::clearDnsIpAddress();
+    EXPECT_EQ(tree.contents(RESOLVER), rendered(UNSET, "nameserver fd00::53"));
+    EXPECT_EQ(Network::getDnsIpAddress(0, true).toString(), L"8.8.8.8");
+    Network::clearDnsIpAddressV6();
+    EXPECT_EQ(tree.contents(RESOLVER), rendered(UNSET, UNSET));
+}
+
+TEST(DhcpResult, IsReadFromItsFiles)
+{
+    expectAnswers("/etc/resolv.conf.org", {{"domain lan\nnameserver 10.0.0.3\nnameserver 10.0.0.4\n", L"10.0.0.3"}},
+                  [](const char*) { return Network::getAutoDnsIpAddress().toString(); });
+    expectAnswers(RESOLVER, {{"nameserver 10.0.0.3\n", L"0.0.0.0"}},
+                  [](const char*) { return Network::getAutoDnsIpAddress().toString(); });
+    const std::vector<Case> cases = {{"1\n", L"yes"},         {"0\n", L"no"}, {" \t-1", L"yes"},
+                                     {"none\n\n0\n1", L"no"}, {"", L"none"},  {"x1\n", L"none"}};
+    expectAnswers("/var/nvr/udhcpc-wan.stat", cases, [](const char*) {
+        bool leased = true;
+        return J3String(!Network::getWanDhcpcLeaseResult(&leased) ? L"none" : leased ? L"yes" : L"no");
+    });
+    expectAnswers("/var/nvr/udhcpc-vin.stat", {{"1\n", L"1 0"}}, [](const char*) {
+        return J3String().format(L"%d %d", Network::getVinDhcpcLeaseResult(nullptr),
+                                 Network::getWanDhcpcLeaseResult(nullptr));
+    });
 }
 
 TEST(NetworkArguments, AreCheckedBeforeAnythingElse)
 {
     const TemporaryTree noFiles;
     K7IPv4Address ipv4;
-    K7IPv6Address ipv6;
-    bool on = false;
-    uint8 bytes[6];
     Network::NetDevIoStat stat;
-    std::vector<J3String> addresses;
-    EXPECT_EQ(reason(Network::getIpAddress(nullptr, &ipv4)), L"invalid devName");
-    EXPECT_EQ(reason(Network::getIpAddress("lo", static_cast<K7IPv6Address*>(nullptr))), L"invalid input parameters");
-    EXPECT_EQ(reason(Network::getMacAddress(bytes, nullptr)), L"invalid devName");
-    EXPECT_EQ(reason(Network::getNetDevIoStat("lo", &stat)), L"fopen() failed");
-    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENOENT);
-    for (const J3String& seen :
-         {reason(Network::getSubnetMask("", &ipv4)), reason(Network::getNetDevIoStat("", &stat)),
-          reason(Network::getNetworkLink("")), reason(Network::getEthernetLink("lo", nullptr)),
-          reason(Network::getEthernetToolSG("lo", nullptr)), reason(Network::setEthernetToolSG(nullptr, true)),
-          reason(Network::getMacAddress(static_cast<K7MacAddress*>(nullptr), "lo")),
-          reason(Network::getAddrInfo(nullptr, L"::1")), reason(Network::getAddrInfo(&addresses, L"")),
-          reason(Network::testConnectivity("lo", "::1", 0)), reason(Network::getHostName(nullptr, "lo"))})
-        EXPECT_EQ(seen, L"invalid input parameters");
-    for (const J3String& seen :
-         {reason(Network::getGateway("", &ipv4)), reason(Network::getGateway(nullptr, &ipv6)),
-          reason(Network::getGateway("lo", &ipv4)), reason(Network::getSubnetMask(nullptr, &ipv6)),
-          reason(Network::getSubnetMask("lo", &ipv6)), reason(Network::getEthernetLinkSpeed("lo", nullptr)),
-          reason(Network::updateIpAddress(nullptr, &on)), reason(Network::updateMacAddress(nullptr))})
-        EXPECT_EQ(seen, L"");
-    EXPECT_FALSE(Network::getSubnetMask(static_cast<const char*>(nullptr)).isValid());
-    EXPECT_FALSE(Network::getDefaultGatewayV6(nullptr).isValid());
+    const std::pair<J3String, const wchar_t*> cases[] = {
+        {reason(Network::getIpAddress(nullptr, &ipv4)), L"invalid devName"},
+        {reason(Network::getMacAddress(static_cast<K7MacAddress*>(nullptr), "lo")), L"invalid input parameters"},
+        {reason(Network::getSubnetMask("", &ipv4)), L"invalid input parameters"},
+        {reason(Network::getEthernetLink("lo", nullptr)), L"invalid input parameters"},
+        {reason(Network::setEthernetToolSG(nullptr, true)), L"invalid input parameters"},
+        {reason(Network::testConnectivity("lo", "::1", 0)), L"invalid input parameters"},
+        {reason(Network::getNetDevIoStat("lo", &stat)), L"fopen() failed"},
+        {reason(Network::getGateway("", &ipv4)), L""},
+        {reason(Network::getGateway("lo", static_cast<K7IPv6Address*>(nullptr))), L""},
+        {reason(Network::updateIpAddress(nullptr, nullptr)), L""}};
+    for (const auto& [seen, expected] : cases)
+        EXPECT_EQ(seen, expected);
 }
 
 TEST(LinkLocalAddress, IsMadeOfTheHardwareAddress)
 {
-    const struct {
-        const char* mac;
-        const wchar_t* ipv4;
-        const wchar_t* ipv6;
-    } cases[] = {{"00:11:22:33:44:55", L"169.254.68.85", L"fe80::211:22ff:fe33:4455"},
-                 {"02:00:00:00:00:00", L"169.254.0.0", L"fe80::ff:fe00:0"},
-                 {"fe:0a:0b:0c:00:0d", L"169.254.0.13", L"fe80::fc0a:bff:fe0c:d"}};
-
-    for (const auto& test : cases) {
-        K7MacAddress mac;
-        ASSERT_TRUE(mac.fromString(test.mac));
-        EXPECT_EQ(Network::getDefaultLinkLocalAddressV4(nullptr, &mac).toString(), test.ipv4);
-        EXPECT_EQ(Network::getDefaultLinkLocalAddressV6(nullptr, &mac).toString(), test.ipv6);
-    }
-    EXPECT_FALSE(Network::getDefaultLinkLocalAddressV4("no-such-device", nullptr).isValid());
-}
-
-TEST(MacAddress, IsValidUnlessZeroOrAGroups)
-{
-    const std::pair<const char*, bool> cases[] = {{"00:00:00:00:00:00", false},
-                                                  {"ff:ff:ff:ff:ff:ff", false},
-                                                  {"01:00:5e:00:00:01", false},
-                                                  {"02:00:00:00:00:00", true},
-                                                  {"00:11:22:33:44:55", true}};
-    for (const auto& [text, valid] : cases) {
+    const std::tuple<const char*, const wchar_t*, const wchar_t*, bool> cases[] = {
+        {"00:11:22:33:44:55", L"169.254.68.85", L"fe80::211:22ff:fe33:4455", true},
+        {"01:0a:0b:0c:00:0d", L"169.254.0.13", L"fe80::30a:bff:fe0c:d", false},
+        {"00:00:00:00:00:00", L"169.254.0.0", L"fe80::200:ff:fe00:0", false}};
+    for (const auto& [text, ipv4, ipv6, valid] : cases) {
         K7MacAddress mac;
         ASSERT_TRUE(mac.fromString(text));
+        EXPECT_EQ(Network::getDefaultLinkLocalAddressV4(nullptr, &mac).toString(), ipv4);
+        EXPECT_EQ(Network::getDefaultLinkLocalAddressV6(nullptr, &mac).toString(), ipv6);
         EXPECT_EQ(Network::isValidMacAddress(mac), valid) << text;
     }
 }

@@ -38,9 +38,8 @@ TEST(ToolNet, ShowsLiveInterfaces)
 {
     K7_REQUIRE_SANDBOX();
     const VethPair pair("k7a", "k7b");
-    ASSERT_EQ(addAddress("k7a", "10.9.8.7", 20), 0);
-    ASSERT_EQ(addAddress("k7a", "fd00:9::7", 56), 0);
-    ASSERT_EQ(addDefaultRoute("k7a", "10.9.8.1"), 0);
+    ASSERT_TRUE(
+        ip("addr add 10.9.8.7/20 dev k7a\naddr add fd00:9::7/56 dev k7a nodad\nroute add default via 10.9.8.1"));
     const Json facts = named(json({"net"}), "k7a");
     EXPECT_EQ(facts["ipv4"], "10.9.8.7");
     EXPECT_EQ(facts["ipv4_mask"], "255.255.240.0");

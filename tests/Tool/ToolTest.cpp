@@ -10,38 +10,12 @@
 
 #include <fstream>
 
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 using namespace K7Test;
 using Json = nlohmann::json;
 
 namespace {
 
 const std::string BOARD = std::string(K7_FIXTURES) + "/virt-board";
-
-/// A process of the test's own under a name that nothing else has.
-class NamedProcess {
-public:
-    explicit NamedProcess(std::string name)
-    {
-        std::string time = "60";
-        char* const argv[] = {name.data(), time.data(), nullptr};
-        EXPECT_EQ(::posix_spawn(&_pid, "/bin/sleep", nullptr, nullptr, argv, environ), 0);
-    }
-
-    ~NamedProcess()
-    {
-        ::kill(_pid, SIGKILL);
-        ::waitpid(_pid, nullptr, 0);
-    }
-
-    [[nodiscard]] pid_t pid() const { return _pid; }
-
-private:
-    pid_t _pid = -1;
-};
 
 } // namespace
 
@@ -160,8 +134,8 @@ TEST(Tool, FindsTestsAndEndsAProcess)
     EXPECT_EQ(runTool({"process", "find", name}).exitCode, 1);
     EXPECT_EQ(runTool({"process", "alive", name}).exitCode, 1);
     EXPECT_EQ(runTool({"process", "kill", name}).exitCode, 1);
-    const NamedProcess process(name);
-    EXPECT_EQ(runTool({"process", "find", name}).output, std::to_string(process.pid()) + "\n");
+    const pid_t process = startSleeper(name);
+    EXPECT_EQ(runTool({"process", "find", name}).output, std::to_string(process) + "\n");
     EXPECT_EQ(runTool({"process", "alive", name}).exitCode, 0);
     EXPECT_EQ(runTool({"process", "kill", "k7"}).exitCode, 1) << "its own name";
     EXPECT_EQ(runTool({"process", "kill", name}).exitCode, 0);

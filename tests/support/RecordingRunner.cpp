@@ -3,6 +3,8 @@
 // A command runner for the tests: notes what it is told to run and runs nothing.
 #include "support/RecordingRunner.h"
 
+#include <cstring>
+
 namespace K7Test {
 
 using Shell = Kivo::K7SystemUtil::Shell;
@@ -33,6 +35,11 @@ Kivo::int32 RecordingRunner::run(const char* command, Shell::CoutListener* liste
     return s_current->behaviour ? s_current->behaviour(command, listener) : s_current->result;
 }
 
-Kivo::int32 RecordingRunner::runForOutput(const char* command, char*) { return run(command, nullptr); }
+Kivo::int32 RecordingRunner::runForOutput(const char* command, char* output)
+{
+    if (output)
+        std::strcpy(output, s_current->output.c_str());
+    return run(command, nullptr);
+}
 
 } // namespace K7Test

@@ -18,6 +18,9 @@ public:
     int result = 0;
     std::function<int(const std::string& command, Kivo::K7SystemUtil::Shell::CoutListener*)> behaviour;
 
+    /// What runCommandFromShell() leaves in a buffer that it is given.
+    std::string output;
+
     RecordingRunner();
     ~RecordingRunner();
     RecordingRunner(const RecordingRunner&) = delete;

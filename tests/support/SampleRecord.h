@@ -10,47 +10,34 @@ namespace Kivo {
 
 enum class SampleKind : uint16 { PLAIN = 1, SPECIAL = 0x0203 };
 
-/// What a record may hold; sample() gives one whose every byte in a stream can be told from its neighbours.
-class SampleRecord : public J3Record<SampleRecord> {
-public:
-    SampleRecord* clone() const override { return new SampleRecord(*this); }
-
-    static SampleRecord sample()
-    {
-        SampleRecord record;
-        record.flag = true;
-        record.tiny = -2;
-        record.kind = SampleKind::SPECIAL;
-        record.number = 0x04050607;
-        record.large = -1;
-        record.largest = 0xFFFFFFFFFFFFFFFE;
-        record.ratio = 1.5F;
-        record.precise = -0.1;
-        record.name = L"\u00e9";
-        record.time.setUtcTime(0x10);
-        record.mac = {1, 2, 3};
-        record.bytes = {0xAA, 0xBB};
-        return record;
-    }
-
+/// What a record may hold, with values whose every byte in a stream can be told from its neighbours.
+struct SampleRecord : J3Record<SampleRecord> {
     static auto fields(auto& self)
     {
         return std::tie(self.flag, self.tiny, self.kind, self.number, self.large, self.largest, self.ratio,
                         self.precise, self.name, self.time, self.mac, self.bytes);
     }
 
-    bool flag = false;
-    int8 tiny = 0;
-    SampleKind kind = SampleKind::PLAIN;
-    uint32 number = 0;
-    int64 large = 0;
-    uint64 largest = 0;
-    float32 ratio = 0;
-    float64 precise = 0;
-    J3String name;
-    J3Time time;
-    std::array<uint8, 3> mac{};
-    std::vector<uint8> bytes;
+    bool flag = true;
+    int8 tiny = -2;
+    SampleKind kind = SampleKind::SPECIAL;
+    uint32 number = 0x04050607;
+    int64 large = -1;
+    uint64 largest = 0xFFFFFFFFFFFFFFFE;
+    float32 ratio = 1.5F;
+    float64 precise = -0.1;
+    J3String name = L"\u00e9";
+    J3Time time = J3Time::from_time_t(0x10);
+    std::array<uint8, 3> mac{1, 2, 3};
+    std::vector<uint8> bytes{0xAA, 0xBB};
 };
+
+/// A record that differs from the sample in every field.
+inline SampleRecord otherRecord()
+{
+    SampleRecord record;
+    std::apply([](auto&... field) { ((field = {}), ...); }, SampleRecord::fields(record));
+    return record;
+}
 
 } // namespace Kivo

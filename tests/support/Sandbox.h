@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace K7Test {
 
 /// Whether this process runs in its own user, mount, network, process and host-name namespaces, as root there, with
@@ -13,6 +15,9 @@ bool isSandboxed();
 
 /// Why it does not, when it does not.
 const char* sandboxProblem();
+
+/// Start a process of the sandbox that sleeps under a name of the test's choice; what is left running goes with it.
+pid_t startSleeper(std::string name);
 
 } // namespace K7Test
 

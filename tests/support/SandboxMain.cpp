@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <net/if.h>
 #include <sched.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
@@ -113,6 +114,19 @@ bool listsTests(int argc, char** argv)
 bool isSandboxed() { return s_problem.empty(); }
 
 const char* sandboxProblem() { return s_problem.c_str(); }
+
+pid_t startSleeper(std::string name)
+{
+    char duration[] = "60";
+    char* const arguments[] = {name.data(), duration, nullptr};
+    pid_t pid = -1;
+    EXPECT_EQ(::posix_spawn(&pid, "/bin/sleep", nullptr, nullptr, arguments, environ), 0);
+    // posix_spawn() returns while the kernel still lays out the new program: its command line is empty.
+    const std::string path = "/proc/" + std::to_string(pid) + "/cmdline";
+    for (int round = 0; round < 5000 && std::ifstream(path).peek() == EOF; ++round)
+        ::usleep(1000);
+    return pid;
+}
 
 } // namespace K7Test
 

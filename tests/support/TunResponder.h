@@ -3,13 +3,11 @@
 // Many hosts behind a tun device, which answer echo requests as the test says.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <queue>
 #include <string>
 #include <thread>
 #include <vector>
@@ -23,16 +21,14 @@ using Packet = std::vector<std::uint8_t>;
 struct Answer {
     enum Kind {
         REPLY,
-        NOTHING,
-        CORRUPT,     ///< a reply with a byte of its data changed
-        FLAGGED,     ///< a reply with a checksum that equals the one over the first 20 bytes
+        CORRUPT,     ///< a reply spoilt so that the checksum over its first 20 bytes equals the one that it carries
         UNREACHABLE, ///< a "destination unreachable" that quotes the request
         OPTIONS      ///< a reply with four bytes of IP options
     };
 
     Kind kind = REPLY;
     std::chrono::milliseconds delay{0};
-    int copies = 1;
+    int copies = 1;        ///< 20,000 a second
     std::string from = {}; ///< the answering address; empty for the one asked
 };
 
@@ -43,57 +39,32 @@ public:
     static constexpr const char* INTERFACE = "tun0";
 
     TunResponder();
-    ~TunResponder();
-    TunResponder(const TunResponder&) = delete;
-    TunResponder& operator=(const TunResponder&) = delete;
+    ~TunResponder() { vanish(); }
 
     /// Whether the interface could be made.
-    [[nodiscard]] bool isUp() const { return _up; }
+    [[nodiscard]] bool isUp() const { return _thread.joinable(); }
 
     /// Say what a host does from now on.
     void answer(const std::string& address, const Answer& answer);
 
-    /// The echo requests so far, in order.
-    [[nodiscard]] std::vector<Packet> requests() const;
-
-    /// Wait until there were so many. @return whether there were, within ten seconds
-    [[nodiscard]] bool waitForRequests(std::size_t count) const;
-
-    /// Send @p perSecond small echo replies of nobody's from 10.77.255.254 until the end.
-    void flood(unsigned perSecond) { _floodPerSecond = perSecond; }
+    /// The echo requests so far, in order, once there were so many.
+    std::vector<Packet> requests(std::size_t atLeast = 0);
 
     /// Remove the interface.
     void vanish();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    struct Due {
-        Clock::time_point at;
-        Packet packet;
-
-        bool operator<(const Due& other) const { return at > other.at; }
-    };
-
     void run();
-    void handle(const Packet& request);
-    void sendFlood();
+    void take(const Packet& request);
     void sendWhatIsDue();
-    [[nodiscard]] int millisecondsToNext() const;
 
-    int _fd = -1;
-    bool _up = false;
+    int _fd;
     std::atomic<bool> _quit = false;
-    std::atomic<unsigned> _floodPerSecond = 0;
-    Clock::time_point _floodedUntil{};
-    std::priority_queue<Due> _due;
-    mutable std::mutex _mutex; ///< guards the two below
+    std::multimap<std::chrono::steady_clock::time_point, std::pair<Packet, int>> _due; ///< with the copies to send
+    std::mutex _mutex;                                                                 ///< guards the two below
     std::map<std::uint32_t, Answer> _answers;
     std::vector<Packet> _requests;
     std::thread _thread;
 };
-
-/// The Internet checksum, computed byte by byte in network order.
-std::uint16_t networkChecksum(const std::uint8_t* bytes, std::size_t size);
 
 } // namespace K7Test

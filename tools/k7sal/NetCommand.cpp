@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <iostream>
 #include <map>
 
@@ -100,7 +101,7 @@ std::string perSecond(const Json& rate, bool isSize)
 {
     if (rate.is_null())
         return "-";
-    const auto value = static_cast<std::uint64_t>(rate.get<double>() + 0.5);
+    const auto value = static_cast<std::uint64_t>(std::llround(rate.get<double>()));
     return isSize ? sizeText(value) + "/s" : std::to_string(value) + "/s";
 }
 

@@ -34,6 +34,20 @@ Json queried(Query query, const std::string& name)
     return query(name.c_str(), &address) ? addressText(address) : Json(nullptr);
 }
 
+/// The gateway of an interface. The query also takes a name that only begins with the route's ("eth10" for a route of
+/// "eth1"), so what another interface, whose name this one's begins with, has as well is that one's.
+template <class Address>
+Json gateway(const std::string& name)
+{
+    const auto query = [](auto... arguments) { return Network::getGateway(arguments...); };
+    const Json own = queried<Address>(query, name);
+    const std::vector<std::string> all = own.is_null() ? std::vector<std::string>() : interfaceNames();
+    const bool isAnothers = std::any_of(all.begin(), all.end(), [&](const std::string& other) {
+        return other.size() < name.size() && name.starts_with(other) && queried<Address>(query, other) == own;
+    });
+    return isAnothers ? Json(nullptr) : own;
+}
+
 Json prefixLengthV4(const std::string& name)
 {
     K7IPv4Address mask;
@@ -156,10 +170,10 @@ Json interfaceFacts(const std::string& name)
         {"ipv4", queried<K7IPv4Address>([](auto... a) { return Network::getIpAddress(a...); }, name)},
         {"ipv4_mask", queried<K7IPv4Address>([](auto... a) { return Network::getSubnetMask(a...); }, name)},
         {"ipv4_prefix_length", prefixLengthV4(name)},
-        {"ipv4_gateway", queried<K7IPv4Address>([](auto... a) { return Network::getGateway(a...); }, name)},
+        {"ipv4_gateway", gateway<K7IPv4Address>(name)},
         {"ipv6", ipv6},
         {"ipv6_prefix_length", prefixV6},
-        {"ipv6_gateway", queried<K7IPv6Address>([](auto... a) { return Network::getGateway(a...); }, name)},
+        {"ipv6_gateway", gateway<K7IPv6Address>(name)},
     };
     Network::NetDevIoStat stat{};
     const bool known = Network::getNetDevIoStat(name.c_str(), &stat);
@@ -195,14 +209,10 @@ Json dnsFacts()
 
 std::string defaultInterface()
 {
-    // The gateway query also takes a name that only begins with the route's: the route's own is the shortest.
-    std::string found;
-    for (const std::string& name : interfaceNames()) {
-        K7IPv4Address gateway;
-        if ((found.empty() || name.size() < found.size()) && Network::getGateway(name.c_str(), &gateway))
-            found = name;
-    }
-    return found;
+    for (const std::string& name : interfaceNames())
+        if (!gateway<K7IPv4Address>(name).is_null())
+            return name;
+    return "";
 }
 
 } // namespace K7Tool

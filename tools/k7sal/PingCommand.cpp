@@ -19,15 +19,15 @@
 #include <optional>
 #include <set>
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 namespace K7Tool {
 
 using namespace Kivo;
 using Clock = std::chrono::steady_clock;
 
 namespace {
-
-constexpr double SETTLE_SECONDS = 1.0;
-constexpr double ROUND_SECONDS = 3.0;
 
 struct PingOptions {
     std::string interface;
@@ -137,13 +137,19 @@ Style gradeStyle(const K7PingResult& result)
     return result.status() == K7_PING_STATUS_NORMAL ? Style::WARNING : Style::BAD;
 }
 
-bool isFine(const K7PingResult& result) { return result.status() >= K7_PING_STATUS_NORMAL; }
+/// Whether a result is a target's; whoever else sent something during the test has one too.
+bool isTarget(const K7PingResult& result) { return result.target().channel() >= 0; }
+
+/// Whether a result does not speak against the exit code 0.
+bool isFine(const K7PingResult& result) { return !isTarget(result) || result.status() >= K7_PING_STATUS_NORMAL; }
 
 double lossPercent(const K7PingResult& result)
 {
     const uint32 sent = result.transmitted();
     const uint32 lost = sent - std::min(sent, result.received());
-    return sent == 0 ? 100.0 : 100.0 * lost / sent;
+    if (sent == 0)
+        return result.received() > 0 ? 0.0 : 100.0;
+    return 100.0 * lost / sent;
 }
 
 std::string milliseconds(float32 time)
@@ -155,10 +161,16 @@ std::string milliseconds(float32 time)
     return text;
 }
 
-/// The channel of a result; "-" for a sender that was no target.
+// The channel and the address of a result; of a sender that was no target the pinger keeps neither.
+
 std::string channelText(const K7PingResult& result)
 {
-    return result.target().channel() < 0 ? "-" : std::to_string(result.target().channel());
+    return isTarget(result) ? std::to_string(result.target().channel()) : "-";
+}
+
+std::string addressText(const K7PingResult& result)
+{
+    return isTarget(result) ? result.target().address().toString().to_string() : "others";
 }
 
 /// The results in the order of the targets, strangers last.
@@ -178,9 +190,9 @@ void printGraded(const std::vector<K7PingResult>& results)
     for (const K7PingResult& result : results) {
         char loss[16];
         std::snprintf(loss, sizeof loss, "%.0f %%", lossPercent(result));
-        table.add({channelText(result), result.target().address().toString().to_string(),
-                   std::to_string(result.transmitted()), std::to_string(result.received()), loss,
-                   milliseconds(result.rttMin()), milliseconds(result.rttAvg()), milliseconds(result.rttMax()),
+        table.add({channelText(result), addressText(result), std::to_string(result.transmitted()),
+                   std::to_string(result.received()), loss, milliseconds(result.rttMin()),
+                   milliseconds(result.rttAvg()), milliseconds(result.rttMax()),
                    std::string(gradeWord(result)) + ": " +
                        K7PingResult::statusDescription(static_cast<uint32>(result.status())).to_string()},
                   gradeStyle(result));
@@ -191,18 +203,17 @@ void printGraded(const std::vector<K7PingResult>& results)
 void printLines(const std::vector<K7PingResult>& results)
 {
     for (const K7PingResult& result : results)
-        std::cout << channelText(result) << " " << result.target().address().toString().to_string() << " sent "
-                  << result.transmitted() << " received " << result.received() << " loss "
-                  << static_cast<int>(lossPercent(result) + 0.5) << "% min/avg/max " << milliseconds(result.rttMin())
-                  << "/" << milliseconds(result.rttAvg()) << "/" << milliseconds(result.rttMax()) << " ms "
-                  << gradeWord(result) << "\n";
+        std::cout << channelText(result) << " " << addressText(result) << " sent " << result.transmitted()
+                  << " received " << result.received() << " loss " << static_cast<int>(lossPercent(result) + 0.5)
+                  << "% min/avg/max " << milliseconds(result.rttMin()) << "/" << milliseconds(result.rttAvg()) << "/"
+                  << milliseconds(result.rttMax()) << " ms " << gradeWord(result) << "\n";
 }
 
 Json resultFacts(const K7PingResult& result)
 {
     const auto time = [](float32 value) { return value < 0 ? Json(nullptr) : Json(value); };
-    return {{"channel", result.target().channel()},
-            {"address", result.target().address().toString().to_string()},
+    return {{"channel", isTarget(result) ? Json(result.target().channel()) : Json(nullptr)},
+            {"address", isTarget(result) ? Json(addressText(result)) : Json(nullptr)},
             {"sent", result.transmitted()},
             {"received", result.received()},
             {"send_errors", result.sysError()},
@@ -217,10 +228,34 @@ Json resultFacts(const K7PingResult& result)
             {"description", K7PingResult::statusDescription(static_cast<uint32>(result.status())).to_string()}};
 }
 
+/// How many targets the screen has room for, below the line of the state and above what follows.
+std::size_t rowsForTargets()
+{
+    winsize size{};
+    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 4 ? size.ws_row - 4U : 20U;
+}
+
+/// Print the state of the test. @return the lines that it took
+std::size_t printState(const std::string& state, double elapsed, double total, const std::vector<Target>& targets)
+{
+    const std::size_t shown = std::min(targets.size(), rowsForTargets());
+    Table table({"", "", ""});
+    for (std::size_t i = 0; i < shown; ++i)
+        table.add(
+            {std::to_string(targets[i].channel), targets[i].address.toString().to_string(), "waiting for its grade"});
+    if (shown < targets.size())
+        table.add({"", "and " + std::to_string(targets.size() - shown) + " more", ""});
+    char times[48];
+    std::snprintf(times, sizeof times, "%.0f of %.0f s", std::min(elapsed, total), total);
+    std::cout << state << "  " << bar(elapsed, total, 40) << "  " << times << "\n" << table.text() << std::flush;
+    return 1 + shown + (shown < targets.size() ? 1 : 0);
+}
+
 /// Redraws the state of the test in place until it ends or the user interrupts it. @return whether it has ended
 bool followTest(Results& results, const PingOptions& options, const std::vector<Target>& targets, bool live)
 {
-    const double total = SETTLE_SECONDS + ROUND_SECONDS * options.rounds;
+    const K7PingTiming timing;
+    const double total = (timing.settle + static_cast<double>(timing.window) * options.rounds) / 1000;
     const Clock::time_point begin = Clock::now();
     std::size_t linesShown = 0;
     const auto erase = [&] {
@@ -231,16 +266,8 @@ bool followTest(Results& results, const PingOptions& options, const std::vector<
     while (!ended && !Interrupt::came()) {
         if (live) {
             erase();
-            const double elapsed = std::chrono::duration<double>(Clock::now() - begin).count();
-            char times[48];
-            std::snprintf(times, sizeof times, "%.0f of %.0f s", std::min(elapsed, total), total);
-            Table table({"", "", ""});
-            for (const Target& target : targets)
-                table.add(
-                    {std::to_string(target.channel), target.address.toString().to_string(), "waiting for its grade"});
-            std::cout << results.state() << "  " << bar(elapsed, total, 40) << "  " << times << "\n"
-                      << table.text() << std::flush;
-            linesShown = targets.size() + 1;
+            const std::chrono::duration<double> elapsed = Clock::now() - begin;
+            linesShown = printState(results.state(), elapsed.count(), total, targets);
         }
         ended = results.waitForEnd(std::chrono::milliseconds(200));
     }
@@ -250,7 +277,7 @@ bool followTest(Results& results, const PingOptions& options, const std::vector<
 
 bool hasRawSocket()
 {
-    const int fd = SocketApiWrapper::createRawSocket(2);
+    const int fd = SocketApiWrapper::createRawSocket(SocketApiWrapper::RAW_ICMP);
     if (fd == SocketApiWrapper::INVALID_FD) {
         const bool denied = errno == EPERM || errno == EACCES;
         failed("ping",

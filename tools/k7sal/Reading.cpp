@@ -58,6 +58,7 @@ std::vector<std::string> namesIn(const std::string& directory)
     std::vector<J3String> found;
     std::vector<std::string> result;
     K7SystemUtil::listDirectory(directory.c_str(), &found);
+    result.reserve(found.size());
     for (const J3String& name : found)
         result.push_back(name.to_string());
     return result;

@@ -55,7 +55,7 @@ void printCpu(const Json& cpu)
     std::cout << table.text();
 }
 
-void printTable(const std::string& heading, Table table, bool empty)
+void printTable(const std::string& heading, const Table& table, bool empty)
 {
     printHeading(heading);
     std::cout << (empty ? "  none\n" : table.text());
@@ -67,7 +67,7 @@ void printPci(const Json& functions)
     for (const Json& function : functions)
         table.add({cell(function["address"]), cell(function["vendor_id"]) + ":" + cell(function["device_id"]),
                    cell(function["class_name"]), cell(function["driver"])});
-    printTable("PCI functions", std::move(table), functions.empty());
+    printTable("PCI functions", table, functions.empty());
 }
 
 void printBlock(const Json& devices)
@@ -80,7 +80,7 @@ void printBlock(const Json& devices)
         table.add(
             {cell(device["name"]), sizeText(device["size_bytes"].get<std::uint64_t>()), cell(device["model"]), marks});
     }
-    printTable("Block devices", std::move(table), devices.empty());
+    printTable("Block devices", table, devices.empty());
 }
 
 int report(const Session& session)

@@ -63,9 +63,10 @@ float32 roundTripTime(const K7IcmpHeader& reply)
 
 float32 calcRoundTripTime(const timeval& sent, const timeval& received)
 {
-    const auto microseconds = [](const timeval& time) { return int64{time.tv_sec} * 1'000'000 + time.tv_usec; };
-    const int64 difference = microseconds(received) - microseconds(sent);
-    return difference > 0 ? static_cast<float32>(static_cast<float64>(difference) / 1000.0) : 0.0F;
+    // Exact for every time of day, and defined for every other value.
+    const float64 seconds = static_cast<float64>(received.tv_sec) - static_cast<float64>(sent.tv_sec);
+    const float64 microseconds = static_cast<float64>(received.tv_usec) - static_cast<float64>(sent.tv_usec);
+    return static_cast<float32>(std::max(seconds * 1e6 + microseconds, 0.0) / 1000.0);
 }
 
 K7Pinger::K7Pinger() : K7Pinger(K7PingTiming{}) {}

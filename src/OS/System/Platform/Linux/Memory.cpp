@@ -54,7 +54,9 @@ void K7SystemUtil::Memory::refresh()
         char buffer[MEMINFO_BUFFER_SIZE];
         const std::string_view text = file.readInto(buffer, sizeof buffer);
         require(text.size() > MEMINFO_TOO_SHORT, "/proc/meminfo is too short");
-        parseMeminfo(text, [](std::string_view key, uint32 value) { _memoryInfoMap[toWide(key)] = value; });
+        parseMeminfo(text, [](std::string_view key, uint32 value) {
+            _memoryInfoMap[J3String(std::wstring(key.begin(), key.end()))] = value; // the kernel's names are ASCII
+        });
     });
 }
 
@@ -70,7 +72,8 @@ uint32 K7SystemUtil::Memory::valueOf(const J3String& key)
 void K7SystemUtil::Memory::forget()
 {
     const std::lock_guard<J3Lock> held(_refreshLock);
-    _memoryInfoMap.clear();
+    for (auto& [key, value] : _memoryInfoMap)
+        value = 0; // what a missing key gives
     _everRefreshed.store(false, std::memory_order_relaxed);
 }
 

@@ -81,7 +81,8 @@ void K7SystemUtil::Misc::swapAndTrim(char* dest, const char* src, int32 size)
     for (int32 i = start; i < end && work[i]; ++i)
         if (isControl(work[i]))
             work[i] = '.';
-    std::strncpy(dest, work + start, static_cast<std::size_t>(end - start + 1));
+    const int32 length = end - start + 1;
+    std::strncpy(dest, work + start, static_cast<std::size_t>(length));
 }
 
 int32 K7SystemUtil::Misc::fnComparator(const void* p1, const void* p2)

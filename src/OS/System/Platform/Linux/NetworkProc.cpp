@@ -27,14 +27,10 @@ using Stat = K7SystemUtil::Network::NetDevIoStat;
 bool parseDefaultRoute(std::string_view line, std::string_view devName, uint32* gateway)
 {
     Scanner scanner(line);
-    std::string_view name;
-    uint32 destination = 0;
     uint32 flags = 0;
-    uint32 mask = 0;
-    return scanner.word(&name, 16) && devName.starts_with(name) && scanner.number(&destination, 16) &&
-           destination == 0 && scanner.number(gateway, 16) && scanner.number(&flags, 16) &&
-           (flags & RTF_GATEWAY) != 0 && scanner.skipWord() && scanner.skipWord() && scanner.skipWord() &&
-           scanner.number(&mask, 16) && mask == 0;
+    return scanner.wordAtBeginOf(devName, 16) && scanner.zero() && scanner.number(gateway, 16) &&
+           scanner.number(&flags, 16) && (flags & RTF_GATEWAY) != 0 && scanner.skipWord() && scanner.skipWord() &&
+           scanner.skipWord() && scanner.zero();
 }
 
 // fec00000000000000000000000000000 40 00000000000000000000000000000000 00 fe800000000000000000000000000002 00000400
@@ -80,16 +76,16 @@ bool toIPv6Address(std::string_view digits, K7IPv6Address* address)
     return true;
 }
 
-/// The name that a line of /proc/net/dev begins with, and what follows its colon.
-bool splitDeviceLine(std::string_view line, std::string_view* name, std::string_view* counters)
+/// What follows the colon in the line of @p devName.
+bool findCounters(std::string_view line, std::string_view devName, std::string_view* counters)
 {
-    const std::size_t colon = line.find(':');
-    if (colon == std::string_view::npos)
+    while (!line.empty() && Scanner::isSpace(line.front()))
+        line.remove_prefix(1);
+    if (!line.starts_with(devName))
         return false;
-    *name = line.substr(0, colon);
-    while (!name->empty() && Scanner::isSpace(name->front()))
-        name->remove_prefix(1);
-    *name = name->substr(0, NAME_COMPARED);
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos || line.substr(0, std::min(colon, NAME_COMPARED)) != devName)
+        return false;
     *counters = line.substr(colon + 1);
     return true;
 }
@@ -180,14 +176,13 @@ bool K7SystemUtil::Network::getNetDevIoStat(const char* devName, NetDevIoStat* s
         for (int heading = 0; heading < 2; ++heading)
             lines.next(&line);
         while (lines.next(&line)) {
-            std::string_view name;
             std::string_view counters;
-            if (!splitDeviceLine(line, &name, &counters) || name != wanted)
+            if (!findCounters(line, wanted, &counters))
                 continue;
             NetDevIoStat found{};
             if (!parseCounters(counters, &found))
                 continue;
-            name.copy(found.devName, sizeof found.devName - 1);
+            wanted.copy(found.devName, sizeof found.devName - 1);
             *stat = found;
             return true;
         }

@@ -43,6 +43,18 @@ public:
         return !word->empty();
     }
 
+    /// "%16s" of a word that @p text begins with.
+    bool wordAtBeginOf(std::string_view text, std::size_t limit)
+    {
+        skipSpace();
+        std::size_t size = 0;
+        for (; size < std::min(limit, _rest.size()) && !isSpace(_rest[size]); ++size)
+            if (size == text.size() || _rest[size] != text[size])
+                return false;
+        _rest.remove_prefix(size);
+        return size != 0;
+    }
+
     /// "%*s"
     bool skipWord()
     {
@@ -72,6 +84,17 @@ public:
         return true;
     }
 
+    /// "%x" of 0, which is told without converting what is not.
+    bool zero()
+    {
+        skipSpace();
+        if (_rest.starts_with('-') || _rest.starts_with('+'))
+            _rest.remove_prefix(1);
+        const std::size_t digits = std::min(_rest.find_first_not_of('0'), _rest.size());
+        _rest.remove_prefix(digits);
+        return digits != 0 && (_rest.empty() || !isHexaDigit(_rest.front()));
+    }
+
     /// "%*x"
     bool skipNumber(int base = 10)
     {
@@ -82,6 +105,11 @@ public:
     static bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 private:
+    static bool isHexaDigit(char c)
+    {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+    }
+
     [[nodiscard]] std::ptrdiff_t clamp(std::size_t limit) const
     {
         return static_cast<std::ptrdiff_t>(std::min(limit, _rest.size()));

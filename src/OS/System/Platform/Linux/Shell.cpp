@@ -104,7 +104,7 @@ int32 K7SystemUtil::Shell::runCommandEx(const char* command)
     return attemptOr("Shell::runCommandEx", -1, [command] {
         require(command, "command is null");
         int status = -1;
-        const pid_t child = ::vfork();
+        const pid_t child = ::vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork): nothing but exec follows
         if (child == 0) {
             ::execlp("/bin/sh", "sh", "-c", command, nullptr);
             ::_exit(0);
@@ -182,8 +182,7 @@ bool K7SystemUtil::Shell::isAliveProcess(const char* needle, const char* pidFile
             pid = readProcessId(pidFile);
         if (pid < 0)
             pid = getProcessId(needle);
-        require(pid >= 1, "no such process");
-        return hasProgramName("/proc/" + std::to_string(pid) + "/cmdline", needle);
+        require(pid >= 1 && hasProgramName("/proc/" + std::to_string(pid) + "/cmdline", needle), "no such process");
     });
 }
 
@@ -202,15 +201,16 @@ void K7SystemUtil::Shell::killProcess(const char* needle)
 
 const char* K7SystemUtil::Shell::currentThreadName()
 {
-    thread_local std::string name;
+    thread_local std::string result;
+    std::string name;
     const int32 id = ::gettid();
     const J3Thread* const thread = J3ThreadManager::defaultManager()->findThread(static_cast<uint32>(id));
     if (thread && !thread->name().isEmpty())
         name = thread->name().to_string();
     else
         name = id == s_mainThreadId ? "main-process" : "unknown-thread";
-    name += "[" + std::to_string(::sched_getcpu()) + "]";
-    return name.c_str();
+    result = name + "[" + std::to_string(::sched_getcpu()) + "]";
+    return result.c_str(); // NOLINT(clang-analyzer-cplusplus.InnerPointer): changed by the next call only
 }
 
 } // namespace Kivo

@@ -29,6 +29,9 @@ void observe(const char* path, K7SystemUtil::ReadKind kind)
         observer(path, kind);
 }
 
+/// A rename or a mount anywhere on the machine, while a walk passes "..", makes the kernel give the walk up.
+constexpr int OPEN_ATTEMPTS = 128;
+
 UniqueFd openInRoot(const char* path, int flags, mode_t mode)
 {
     open_how how{};
@@ -36,7 +39,10 @@ UniqueFd openInRoot(const char* path, int flags, mode_t mode)
     how.mode = mode;
     how.resolve = RESOLVE_IN_ROOT;
     const auto open = [&] { return ::syscall(SYS_openat2, s_systemRootFd.get(), path, &how, sizeof how); };
-    return UniqueFd(static_cast<int>(retried(open)));
+    auto fd = retried(open);
+    for (int attempt = 1; attempt < OPEN_ATTEMPTS && fd < 0 && errno == EAGAIN; ++attempt)
+        fd = retried(open);
+    return UniqueFd(static_cast<int>(fd));
 }
 
 } // namespace
@@ -61,6 +67,7 @@ SystemFile::SystemFile(const char* path)
 
 std::string_view SystemFile::readInto(char* buffer, std::size_t size)
 {
+    errno = 0; // the end of a file leaves it alone
     const auto count = retried([&] { return ::read(_fd.get(), buffer, size); });
     return {buffer, count > 0 ? static_cast<std::size_t>(count) : 0};
 }
@@ -80,30 +87,20 @@ bool SystemFile::readAll(std::string* text, std::size_t limit)
     return true;
 }
 
-bool SystemLines::next(std::string_view* line)
+bool SystemLines::nextUnfinished(std::string_view* line)
 {
-    for (std::size_t scanned = 0;;) {
-        const std::size_t available = _end - _begin;
-        const std::size_t limit = std::min(available, _size - 1);
-        const char* const start = _buffer + _begin;
-        const void* const feed = std::memchr(start + scanned, '\n', limit - scanned);
-        if (feed || limit == _size - 1 || _atEnd) {
-            const std::size_t length =
-                feed ? static_cast<std::size_t>(static_cast<const char*>(feed) - start) + 1 : limit;
-            *line = {start, length};
-            _begin += length;
-            return length != 0;
-        }
-        scanned = limit;
-        if (_begin + _size > BUFFER_SIZE || available == 0) {
-            std::memmove(_buffer, start, available);
-            _begin = 0;
-            _end = available;
-        }
+    if (_end - _begin < _size - 1) {
+        std::memmove(_buffer, _buffer + _begin, _end - _begin);
+        _end -= _begin;
+        _begin = 0;
         const std::size_t count = _file.readInto(_buffer + _end, BUFFER_SIZE - _end).size();
         _end += count;
-        _atEnd = count == 0;
+        if (count != 0)
+            return next(line);
     }
+    *line = {_buffer + _begin, std::min(_end - _begin, _size - 1)};
+    _begin += line->size();
+    return !line->empty();
 }
 
 bool readFirstLine(const char* path, std::size_t size, std::string* line)

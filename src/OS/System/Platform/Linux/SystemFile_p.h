@@ -10,7 +10,9 @@
 #include "OS/System/K7SystemUtilClass.h"
 #include "OS/System/Platform/Linux/UniqueFd_p.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -36,7 +38,7 @@ public:
     explicit operator bool() const { return static_cast<bool>(_fd); }
 
     /// Read up to @p size bytes in one call of the kernel; what a generated file gives at once is one state of it.
-    /// @return the bytes read; none at the end and on an error
+    /// @return the bytes read; none at the end, with errno 0, and on an error
     std::string_view readInto(char* buffer, std::size_t size);
 
     /// Read to the end, at most @p limit bytes. @return false when reading fails
@@ -57,11 +59,23 @@ public:
     explicit operator bool() const { return static_cast<bool>(_file); }
 
     /// Deliver the next line with its line feed; it is valid until the next call. @return false at the end
-    bool next(std::string_view* line);
+    bool next(std::string_view* line)
+    {
+        const char* const start = _buffer + _begin;
+        const void* const feed = std::memchr(start, '\n', std::min(_end - _begin, _size - 1));
+        if (!feed)
+            return nextUnfinished(line);
+        *line = {start, static_cast<const char*>(feed) + 1};
+        _begin += line->size();
+        return true;
+    }
 
-    static constexpr std::size_t BUFFER_SIZE = 8192;
+    static constexpr std::size_t BUFFER_SIZE = 16384;
 
 private:
+    /// The same for a line whose end is not in the buffer, or further away than a piece is long.
+    bool nextUnfinished(std::string_view* line);
+
     SystemFile _file;
     std::size_t _size;
     std::size_t _begin = 0;

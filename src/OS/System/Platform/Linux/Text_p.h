@@ -9,6 +9,7 @@
 
 #include "Foundation/J3String.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <optional>
@@ -27,16 +28,20 @@ public:
 
     bool next(std::string_view* field)
     {
-        const std::size_t begin = _rest.find_first_not_of(_delimiters);
-        if (begin == std::string_view::npos)
-            return false;
-        _rest.remove_prefix(begin);
-        *field = _rest.substr(0, _rest.find_first_of(_delimiters));
-        _rest.remove_prefix(field->size());
-        return true;
+        // Character by character: the sets are so small that the library's searches cost more.
+        const auto begin = std::find_if_not(_rest.begin(), _rest.end(), [this](char c) { return isDelimiter(c); });
+        const auto end = std::find_if(begin, _rest.end(), [this](char c) { return isDelimiter(c); });
+        *field = {begin, end};
+        _rest = {end, _rest.end()};
+        return !field->empty();
     }
 
 private:
+    [[nodiscard]] bool isDelimiter(char c) const
+    {
+        return std::any_of(_delimiters.begin(), _delimiters.end(), [c](char delimiter) { return c == delimiter; });
+    }
+
     std::string_view _rest;
     std::string_view _delimiters;
 };
