@@ -49,8 +49,9 @@ protected:
 
     void TearDown() override
     {
-        if (pair)
+        if (pair) {
             EXPECT_EQ(openDescriptors(), descriptors);
+        }
     }
 
     static void waitForState(const std::string& state)

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <condition_variable>
 #include <cstdio>
 #include <iostream>
@@ -204,7 +205,7 @@ void printLines(const std::vector<K7PingResult>& results)
 {
     for (const K7PingResult& result : results)
         std::cout << channelText(result) << " " << addressText(result) << " sent " << result.transmitted()
-                  << " received " << result.received() << " loss " << static_cast<int>(lossPercent(result) + 0.5)
+                  << " received " << result.received() << " loss " << std::lround(lossPercent(result))
                   << "% min/avg/max " << milliseconds(result.rttMin()) << "/" << milliseconds(result.rttAvg()) << "/"
                   << milliseconds(result.rttMax()) << " ms " << gradeWord(result) << "\n";
 }

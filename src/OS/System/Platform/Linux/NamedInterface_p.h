@@ -29,8 +29,9 @@ public:
         _socket = UniqueFd(::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
         requireCall(static_cast<bool>(_socket), "socket() failed");
         // A longer name stays away: cut to size it could be another interface's. No interface has the empty name.
-        if (std::strlen(devName) < sizeof _request.ifr_name)
-            std::strcpy(_request.ifr_name, devName);
+        const std::size_t length = std::strlen(devName);
+        if (length < sizeof _request.ifr_name)
+            std::memcpy(_request.ifr_name, devName, length);
     }
 
     [[nodiscard]] int socket() const { return _socket.get(); }
