@@ -36,14 +36,14 @@ public:
 
     void add(uint32 channel, uint32 index, T amount = 1)
     {
-        if (isInside(channel, index, __func__))
-            _channels[channel][index] += amount;
+        if (T* const counter = find(channel, index, __func__))
+            *counter += amount;
     }
 
     void set(uint32 channel, uint32 index, T value)
     {
-        if (isInside(channel, index, __func__))
-            _channels[channel][index] = value;
+        if (T* const counter = find(channel, index, __func__))
+            *counter = value;
     }
 
     /// Set every counter to 0.
@@ -53,7 +53,10 @@ public:
     [[nodiscard]] const Counters& getByChannel(uint32 channel) const
     {
         static constexpr Counters NONE{};
-        return isInside(channel, 0, __func__) ? _channels[channel] : NONE;
+        if (channel < _channels.size())
+            return _channels[channel];
+        report(channel, __func__);
+        return NONE;
     }
 
     /// The channel's counters as rates per second.
@@ -68,16 +71,20 @@ public:
     }
 
 private:
-    bool isInside(uint32 channel, uint32 index, const char* function) const
+    T* find(uint32 channel, uint32 index, const char* function)
     {
-        const char* path = "Core/K7CounterByChannel";
-        if (channel >= _channels.size())
-            j3assertFunc("channel < channelCount()", "channel is out of range!", function, path, __LINE__);
-        else if (index >= N)
-            j3assertFunc("index < N", "index is out of range!", function, path, __LINE__);
-        else
-            return true;
-        return false;
+        if (channel < _channels.size() && index < N)
+            return &_channels[channel][index];
+        report(channel, function);
+        return nullptr;
+    }
+
+    void report(uint32 channel, const char* function) const
+    {
+        const bool isChannel = channel >= _channels.size();
+        j3assertFunc(isChannel ? "channel < channelCount()" : "index < N",
+                     isChannel ? "channel is out of range!" : "index is out of range!", function,
+                     "Core/K7CounterByChannel", __LINE__);
     }
 
     std::vector<Counters> _channels;

@@ -18,6 +18,8 @@ struct SampleRecord : J3Record<SampleRecord> {
                         self.precise, self.name, self.time, self.mac, self.bytes);
     }
 
+    static constexpr uint8 PAIR[] = {0xAA, 0xBB};
+
     bool flag = true;
     int8 tiny = -2;
     SampleKind kind = SampleKind::SPECIAL;
@@ -29,7 +31,7 @@ struct SampleRecord : J3Record<SampleRecord> {
     J3String name = L"\u00e9";
     J3Time time = J3Time::from_time_t(0x10);
     std::array<uint8, 3> mac{1, 2, 3};
-    std::vector<uint8> bytes{0xAA, 0xBB};
+    std::vector<uint8> bytes{std::begin(PAIR), std::end(PAIR)};
 };
 
 /// A record that differs from the sample in every field.
