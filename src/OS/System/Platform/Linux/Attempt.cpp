@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // The attempt and the last failure.
+#include "Foundation/J3Exception.h"
 #include "OS/System/Platform/Linux/Attempt_p.h"
 #include "OS/System/Platform/Linux/SystemFile_p.h"
 #include "OS/System/Platform/Linux/Text_p.h"
+
+#include <system_error>
 
 namespace Kivo {
 
@@ -38,8 +41,10 @@ void rememberException(const char* operation)
         rememberFailure(operation, reason);
     } catch (const J3String& message) {
         rememberFailure(operation, {message.to_string(), errno});
-    } catch (const std::exception& exception) {
-        rememberFailure(operation, {exception.what(), 0});
+    } catch (const J3Exception& exception) {
+        rememberFailure(operation, {exception.what(), exception.errorCode()});
+    } catch (const std::system_error& error) {
+        rememberFailure(operation, {error.what(), error.code().value()});
     }
 }
 

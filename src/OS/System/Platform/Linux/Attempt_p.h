@@ -43,7 +43,8 @@ inline bool hasText(const char* text) { return text && *text; }
 void clearFailure();
 void rememberFailure(const char* operation, const Reason& reason);
 
-/// Turn the exception in flight into the last failure of @p operation.
+/// Turn the exception in flight into the last failure of @p operation, if it is a reason, a message or a system error;
+/// any other, such as one for want of memory, goes on to the operation's caller.
 void rememberException(const char* operation);
 
 /// Run the steps of an operation; give what they return, or @p failed once they raise a reason.

@@ -80,7 +80,6 @@ private:
     std::size_t _size;
     std::size_t _begin = 0;
     std::size_t _end = 0;
-    bool _atEnd = false;
     char _buffer[BUFFER_SIZE];
 };
 
