@@ -6,20 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <string>
-#include <string_view>
 
-#include <fcntl.h>
-#include <net/if.h>
 #include <sched.h>
 #include <spawn.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,8 +26,7 @@ std::string s_problem;
 bool write(const char* path, const std::string& text)
 {
     std::ofstream file(path);
-    file << text << std::flush;
-    return file.good();
+    return (file << text << std::flush).good();
 }
 
 bool fail(const char* step)
@@ -49,32 +41,18 @@ bool unshareNamespaces()
     const std::string gid = std::to_string(::getgid());
     if (::unshare(CLONE_NEWUSER | CLONE_NEWNS | CLONE_NEWNET | CLONE_NEWPID | CLONE_NEWUTS) != 0)
         return fail("unshare()");
-    if (!write("/proc/self/setgroups", "deny") || !write("/proc/self/uid_map", "0 " + uid + " 1") ||
-        !write("/proc/self/gid_map", "0 " + gid + " 1"))
-        return fail("user mapping");
-    return true;
-}
-
-bool bringLoopbackUp()
-{
-    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    ifreq request{};
-    std::strcpy(request.ifr_name, "lo");
-    request.ifr_flags = IFF_UP | IFF_RUNNING;
-    const bool up = fd >= 0 && ::ioctl(fd, SIOCSIFFLAGS, &request) == 0;
-    ::close(fd);
-    return up;
+    return (write("/proc/self/setgroups", "deny") && write("/proc/self/uid_map", "0 " + uid + " 1") &&
+            write("/proc/self/gid_map", "0 " + gid + " 1")) ||
+           fail("user mapping");
 }
 
 bool furnish()
 {
-    if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        return fail("private mounts");
-    if (::mount("proc", "/proc", "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0)
-        return fail("mount of /proc");
-    if (::mount("sysfs", "/sys", "sysfs", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr) != 0)
-        return fail("mount of /sys");
-    return bringLoopbackUp() || fail("loopback");
+    constexpr unsigned long FLAGS = MS_NOSUID | MS_NODEV | MS_NOEXEC;
+    return (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            ::mount("proc", "/proc", "proc", FLAGS, nullptr) == 0 &&
+            ::mount("sysfs", "/sys", "sysfs", FLAGS, nullptr) == 0 && std::system("ip link set lo up") == 0) ||
+           fail("mounts and loopback");
 }
 
 int exitCode(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status); }
@@ -83,30 +61,16 @@ int exitCode(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 128 
 [[noreturn]] void runAsInit(char** argv)
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (furnish())
-        ::setenv(INSIDE, "", 1);
-    else
-        ::setenv(INSIDE, s_problem.c_str(), 1);
+    ::setenv(INSIDE, furnish() ? "" : s_problem.c_str(), 1);
     const pid_t suite = ::fork();
     if (suite == 0) {
         ::execv("/proc/self/exe", argv);
         ::_exit(127);
     }
-    for (int status = 0;;) {
-        const pid_t ended = ::wait(&status);
-        if (ended == suite)
-            ::_exit(exitCode(status));
-        if (ended < 0 && errno != EINTR)
-            ::_exit(126);
+    int status = -1;
+    while (::wait(&status) != suite) {
     }
-}
-
-bool listsTests(int argc, char** argv)
-{
-    for (int i = 1; i < argc; ++i)
-        if (std::string_view(argv[i]) == "--gtest_list_tests")
-            return true;
-    return false;
+    ::_exit(exitCode(status));
 }
 
 } // namespace
@@ -135,11 +99,11 @@ int main(int argc, char** argv)
     using namespace K7Test;
     if (const char* problem = std::getenv(INSIDE)) {
         s_problem = problem;
-    } else if (!listsTests(argc, argv) && unshareNamespaces()) {
+    } else if (unshareNamespaces()) {
         const pid_t init = ::fork();
         if (init == 0)
             runAsInit(argv);
-        int status = 0;
+        int status = -1;
         while (::waitpid(init, &status, 0) < 0 && errno == EINTR) {
         }
         ::_exit(exitCode(status)); // no leak check here: with init gone, this process can start no other

@@ -14,8 +14,8 @@ struct Outcome {
     std::string errors;
 };
 
-/// Run k7sal with these arguments, standard output and error being pipes.
+/// Run k7sal with these arguments, standard output and error being files.
 /// @param interruptAfterMs sends SIGINT after so many milliseconds; 0 for never
-Outcome runTool(const std::vector<std::string>& arguments, int interruptAfterMs = 0);
+Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs = 0);
 
 } // namespace K7Test
