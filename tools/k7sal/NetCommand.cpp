@@ -151,11 +151,11 @@ int watch(const Session& session, const NetOptions& options)
 
 int net(const Session& session, const NetOptions& options)
 {
-    if (!options.interface.empty()) {
-        const std::vector<std::string> names = interfaceNames();
-        if (std::find(names.begin(), names.end(), options.interface) == names.end())
-            return failed("net", "there is no interface \"" + options.interface + "\"");
-    }
+    const std::vector<std::string> names = interfaceNames();
+    if (names.empty())
+        return failed("net");
+    if (!options.interface.empty() && std::find(names.begin(), names.end(), options.interface) == names.end())
+        return failed("net", "there is no interface \"" + options.interface + "\"");
     if (options.seconds > 0)
         return watch(session, options);
     if (options.interface.empty()) {

@@ -187,10 +187,13 @@ bool K7SystemUtil::readFile(const J3String& path, J3String* text)
 {
     return attempt("readFile", [&] {
         require(text, "text is null");
-        SystemFile file(path.to_string());
-        requireCall(static_cast<bool>(file), "open() failed");
+        const std::string name = path.to_string();
+        SystemFile file(name);
+        if (!file)
+            throw Reason{"can't open " + name, errno};
         std::string contents;
-        requireCall(file.readAll(&contents), "read() failed");
+        if (!file.readAll(&contents))
+            throw Reason{"can't read " + name, errno};
         *text = toWide(contents);
     });
 }
@@ -199,8 +202,10 @@ bool K7SystemUtil::readLink(const J3String& path, J3String* target)
 {
     return attempt("readLink", [&] {
         require(target, "target is null");
+        const std::string name = path.to_string();
         std::string text;
-        requireCall(readSystemLink(path.to_string().c_str(), &text), "readlink() failed");
+        if (!readSystemLink(name.c_str(), &text))
+            throw Reason{"can't read the link " + name, errno};
         *target = toWide(text);
     });
 }
@@ -209,11 +214,13 @@ bool K7SystemUtil::listDirectory(const J3String& path, std::vector<J3String>* na
 {
     return attempt("listDirectory", [&] {
         require(names, "names is null");
+        const std::string name = path.to_string();
         std::vector<std::string> found;
-        requireCall(listSystemDirectory(path.to_string().c_str(), &found), "opendir() failed");
+        if (!listSystemDirectory(name.c_str(), &found))
+            throw Reason{"can't list " + name, errno};
         names->clear();
-        for (const std::string& name : found)
-            names->push_back(toWide(name));
+        for (const std::string& entry : found)
+            names->push_back(toWide(entry));
     });
 }
 
