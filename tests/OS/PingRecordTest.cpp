@@ -44,17 +44,14 @@ TEST(PingResult, GradesByErrorsFirstAndThenByTheAverage)
         {counted(3, 1, 0, 10.0F), 2, 0, K7_PING_STATUS_WORSE}, // not all sent: losses are not looked at
         {counted(5, 4, 0, 10.0F), 0, 1, K7_PING_STATUS_WORSE}, // one went without a trace
         {counted(5, 2, 1, 10.0F), 0, 3, K7_PING_STATUS_WORSE}, // the counted loss is replaced, not added to
-        {counted(5, 3, 2, 10.0F), 0, 2, K7_PING_STATUS_WORSE}, // all accounted for
         {counted(5, 6, 0, 10.0F), 0, 0, K7_PING_STATUS_GREAT}, // more replies than echoes
         {counted(6, 0, 0, -1.0F), 0, 0, K7_PING_STATUS_GREAT}, // more sent than asked for: counts as they are
         {counted(5, 4, UINT32_MAX, 10.0F), 0, UINT32_MAX, K7_PING_STATUS_WORSE}, // a sum that does not wrap
     };
     for (auto [result, sysError, loss, status] : cases) {
-        SCOPED_TRACE(result.toString().to_string());
         result.analyze(5);
-        EXPECT_EQ(result.sysError(), sysError);
-        EXPECT_EQ(result.packetLoss(), loss);
-        EXPECT_EQ(result.status(), status);
+        EXPECT_TRUE(result.sysError() == sysError && result.packetLoss() == loss && result.status() == status)
+            << result.toString().to_string();
     }
 }
 
@@ -69,8 +66,7 @@ TEST(PingResult, KeepsMinimumRunningMeanAndMaximum)
 
 TEST(PingResult, HasOneFormOfEachKindForEver)
 {
-    K7InetAddress address;
-    EXPECT_TRUE(address.fromString("192.168.0.1"));
+    const K7InetAddress address(K7IPv4Address(0xC0A80001));
     K7PingTarget target;
     target.setAddress(address);
     target.setChannel(7);

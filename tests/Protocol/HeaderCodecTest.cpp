@@ -10,18 +10,12 @@
 
 using namespace Kivo;
 
-namespace {
-
 using Bytes = std::vector<uint8>;
 
 // A UDP datagram's header from 192.168.0.1 to 192.168.0.199, and an echo request's.
 const Bytes IPV4_WIRE = {0x45, 0x10, 0,    0x73, 0x12, 0x34, 0x40, 0,    0x40, 17,
                          0xA6, 0x1D, 0xc0, 0xa8, 0,    1,    0xc0, 0xa8, 0,    0xc7};
 const Bytes ICMP_WIRE = {8, 0, 0x34, 0x1d, 0x12, 0x34, 0, 1, 0x5f, 0x5e, 0x10, 0, 0, 0x0f, 0x42, 0x40};
-
-std::string s_report;
-
-} // namespace
 
 TEST(HeaderCodec, ChecksumsAsDefined)
 {
@@ -92,12 +86,9 @@ TEST(HeaderCodec, RefusesMessagesShorterThanTheHeaderAndCompilesToNoNull)
     EXPECT_FALSE(echo.verifyChksum()) << "intact, so that the sum is 0 and the field is not";
     const Bytes zeroSum = {0, 0, 0, 0, 0xFF, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_TRUE(K7IcmpHeader(zeroSum.data(), 16).verifyChksum()) << "carries 0, sums up to 0";
-    const auto before = J3AssertFunc::setHandler([](const J3String& expression, const J3String& message, auto...) {
-        s_report += (expression + L"|" + message + L"\n").to_string();
-    });
+    testing::internal::CaptureStderr();
     echo.compileTo(nullptr);
-    J3AssertFunc::setHandler(before);
-    EXPECT_EQ(s_report, "dest|dest is Null!\n");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("dest is Null!"), std::string::npos);
 }
 
 TEST(HeaderCodec, HasOneFormOfEachKindForEver)
@@ -109,7 +100,5 @@ TEST(HeaderCodec, HasOneFormOfEachKindForEver)
     const std::string wire = "[8,0,52,29,18,52,0,1,95,94,16,0,0,15,66,64";
     K7Test::expectForms(K7IcmpHeader(&stored[20], 18), stored,
                         R"({"1":)" + wire + R"(],"2":18,"3":)" + wire + ",170,187]}");
-    K7IcmpHeader empty(ICMP_WIRE.data(), 16);
-    empty.makeInvalid();
-    K7Test::expectForms(empty, Bytes(20), R"({"1":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0],"2":0})");
+    K7Test::expectForms(K7IcmpHeader(), Bytes(20), R"({"1":[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0],"2":0})");
 }

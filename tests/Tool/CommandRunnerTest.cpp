@@ -7,9 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 using Shell = Kivo::K7SystemUtil::Shell;
 
 namespace {

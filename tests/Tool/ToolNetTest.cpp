@@ -24,14 +24,6 @@ Json json(std::vector<std::string> arguments)
     return Json::parse(outcome.output, nullptr, false);
 }
 
-Json named(const Json& interfaces, const std::string& name)
-{
-    for (const Json& facts : interfaces)
-        if (facts["name"] == name)
-            return facts;
-    return nullptr;
-}
-
 } // namespace
 
 TEST(ToolNet, ShowsLiveInterfaces)
@@ -40,15 +32,15 @@ TEST(ToolNet, ShowsLiveInterfaces)
     const VethPair pair("k7a", "k7b");
     ASSERT_TRUE(
         ip("addr add 10.9.8.7/20 dev k7a\naddr add fd00:9::7/56 dev k7a nodad\nroute add default via 10.9.8.1"));
-    const Json facts = named(json({"net"}), "k7a");
+    const Json facts = json({"net", "k7a"});
+    EXPECT_EQ(json({"net"}).size(), 3U) << "lo and the pair";
     EXPECT_EQ(facts["ipv4"], "10.9.8.7");
     EXPECT_EQ(facts["ipv4_mask"], "255.255.240.0");
-    EXPECT_EQ(facts["ipv4_prefix_length"], 20);
     EXPECT_EQ(facts["ipv4_gateway"], "10.9.8.1");
     EXPECT_EQ(facts["ipv6"], "fd00:9::7");
     EXPECT_EQ(facts["ipv6_prefix_length"], 56);
     EXPECT_EQ(facts["link"], true);
-    EXPECT_TRUE(json({"net", "k7a"})["scatter_gather"].is_boolean());
+    EXPECT_TRUE(facts["scatter_gather"].is_boolean());
     EXPECT_EQ(runTool({"net", "k7c"}).exitCode, 1);
     EXPECT_NE(runTool({"net", "k7a"}).output.find("10.9.8.7/20"), std::string::npos);
 }
@@ -57,7 +49,7 @@ TEST(ToolNet, SaysWhatACapturedTreeCannotTell)
 {
     const Outcome net = runTool({"net", "--root", BOARD});
     EXPECT_NE(net.output.find("can only be asked of the live system"), std::string::npos) << net.output;
-    const Json facts = named(json({"net", "--root", BOARD}), "eth1");
+    const Json facts = json({"net", "eth1", "--root", BOARD});
     EXPECT_EQ(facts["ipv4"], nullptr);
     EXPECT_EQ(facts["mac"], "52:54:00:11:22:01");
     EXPECT_EQ(facts["speed_mbit_per_s"], 1000);

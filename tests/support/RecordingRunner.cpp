@@ -9,37 +9,29 @@ namespace K7Test {
 
 using Shell = Kivo::K7SystemUtil::Shell;
 
-namespace {
-
-RecordingRunner* s_current = nullptr;
-
-} // namespace
+static RecordingRunner* s_current = nullptr;
 
 RecordingRunner::RecordingRunner()
 {
     s_current = this;
-    Shell::setImplFunction0(run);
-    Shell::setImplFunction1(runForOutput);
+    Shell::setImplFunction0([](const char* command, auto* listener) { return s_current->run(command, listener); });
+    Shell::setImplFunction1([](const char* command, char* buffer) {
+        if (buffer)
+            std::strcpy(buffer, s_current->output.c_str());
+        return s_current->run(command, nullptr);
+    });
 }
 
 RecordingRunner::~RecordingRunner()
 {
     Shell::setImplFunction0(nullptr);
     Shell::setImplFunction1(nullptr);
-    s_current = nullptr;
 }
 
 Kivo::int32 RecordingRunner::run(const char* command, Shell::CoutListener* listener)
 {
-    s_current->_commands.emplace_back(command);
-    return s_current->behaviour ? s_current->behaviour(command, listener) : s_current->result;
-}
-
-Kivo::int32 RecordingRunner::runForOutput(const char* command, char* output)
-{
-    if (output)
-        std::strcpy(output, s_current->output.c_str());
-    return run(command, nullptr);
+    _commands.emplace_back(command);
+    return behaviour ? behaviour(command, listener) : result;
 }
 
 } // namespace K7Test

@@ -6,7 +6,6 @@
 #include "OS/System/Shell.h"
 
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace K7Test {
@@ -29,8 +28,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& commands() const { return _commands; }
 
 private:
-    static Kivo::int32 run(const char* command, Kivo::K7SystemUtil::Shell::CoutListener* listener);
-    static Kivo::int32 runForOutput(const char* command, char* output);
+    Kivo::int32 run(const char* command, Kivo::K7SystemUtil::Shell::CoutListener* listener);
 
     std::vector<std::string> _commands;
 };

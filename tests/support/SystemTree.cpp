@@ -18,9 +18,7 @@ namespace fs = std::filesystem;
 
 FixtureRoot::FixtureRoot(const std::string& machine)
 {
-    const fs::path top = fs::path(K7_FIXTURES) / machine;
-    EXPECT_TRUE(fs::is_directory(top)) << top;
-    K7SystemUtil::setSystemRoot(top.c_str());
+    K7SystemUtil::setSystemRoot((fs::path(K7_FIXTURES) / machine).c_str());
 }
 
 FixtureRoot::~FixtureRoot() { K7SystemUtil::setSystemRoot(L""); }

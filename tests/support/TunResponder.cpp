@@ -72,9 +72,7 @@ void TunResponder::vanish()
     _quit = true;
     if (_thread.joinable())
         _thread.join();
-    if (_fd >= 0)
-        ::close(_fd);
-    _fd = -1;
+    ::close(std::exchange(_fd, -1));
 }
 
 void TunResponder::answer(const std::string& address, const Answer& answer)

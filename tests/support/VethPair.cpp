@@ -22,9 +22,8 @@ bool ip(const std::string& commands)
 
 VethPair::VethPair(const std::string& name, const std::string& peer) : _name(name)
 {
-    EXPECT_TRUE(ip("link add " + name + " type veth peer name " + peer));
-    for (const std::string& end : {name, peer})
-        EXPECT_TRUE(ip("link set " + end + " addrgenmode none up"));
+    EXPECT_TRUE(ip("link add " + name + " type veth peer name " + peer + "\nlink set " + name +
+                   " addrgenmode none up\nlink set " + peer + " addrgenmode none up"));
 }
 
 VethPair::~VethPair() { EXPECT_TRUE(ip("link del " + _name)); }
