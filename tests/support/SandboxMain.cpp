@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <string_view>
 
 #include <sched.h>
 #include <spawn.h>
@@ -94,12 +96,18 @@ pid_t startSleeper(std::string name)
 
 } // namespace K7Test
 
+/// The build asks for the list of the tests: nothing is run, so nothing is to be kept from the machine.
+static bool listsTests(int argc, char** argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](std::string_view word) { return word == "--gtest_list_tests"; });
+}
+
 int main(int argc, char** argv)
 {
     using namespace K7Test;
     if (const char* problem = std::getenv(INSIDE)) {
         s_problem = problem;
-    } else if (unshareNamespaces()) {
+    } else if (!listsTests(argc, argv) && unshareNamespaces()) {
         const pid_t init = ::fork();
         if (init == 0)
             runAsInit(argv);
