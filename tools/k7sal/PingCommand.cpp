@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <iostream>
 #include <mutex>
-#include <optional>
 #include <set>
 
 #include <sys/ioctl.h>
