@@ -9,7 +9,22 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 # Warnings, hardening and sanitizers are the project's own business: nothing of it reaches a user's targets.
+# Each layer is included from a folder of its own that holds links to what it owns below src/, so that an include that
+# points up a layer does not compile.
+set(K7_LAYERS "${PROJECT_BINARY_DIR}/layers")
+function(k7_layer name)
+    file(MAKE_DIRECTORY "${K7_LAYERS}/${name}")
+    foreach(entry IN LISTS ARGN)
+        file(CREATE_LINK "${PROJECT_SOURCE_DIR}/src/${entry}" "${K7_LAYERS}/${name}/${entry}" SYMBOLIC)
+    endforeach()
+endfunction()
+
+# Below all layers: private headers that every target of the project may use, and no user ever sees.
+k7_layer(Base Base)
+
 function(k7_compile_options target)
+    target_include_directories(${target} PRIVATE "${K7_LAYERS}/Base")
+    target_compile_definitions(${target} PRIVATE K7SAL_PROJECT)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
         $<$<BOOL:${K7SAL_WERROR}>:-Werror>
@@ -24,14 +39,19 @@ function(k7_compile_options target)
     endif()
 endfunction()
 
-# k7_library(<name> HEADERS <installed headers> SOURCES <sources> [PUBLIC <libraries>] [PRIVATE <libraries>])
-# declares one shared library of the project, known to its users as Kivo::<name>.
+# k7_library(<name> FOLDERS <what it owns of src/> HEADERS <installed headers> SOURCES <sources> [PARSERS <sources>]
+#            [PUBLIC <libraries>] [PRIVATE <libraries>])
+# declares one shared library of the project, known to its users as Kivo::<name>. Its parsers of outside text are pure
+# functions in an object library <name>Parsers, which tests and fuzz targets link too.
 function(k7_library name)
-    cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "" "" "FOLDERS;HEADERS;SOURCES;PARSERS;PUBLIC;PRIVATE" ${ARGN})
     set(version_script "${CMAKE_CURRENT_SOURCE_DIR}/${name}.map")
+    k7_layer(${name} ${arg_FOLDERS})
+    list(TRANSFORM arg_HEADERS PREPEND "${K7_LAYERS}/${name}/")
+
     add_library(${name} SHARED ${arg_SOURCES})
     add_library(Kivo::${name} ALIAS ${name})
-    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}/src" FILES ${arg_HEADERS})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${K7_LAYERS}/${name}" FILES ${arg_HEADERS})
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_compile_definitions(${name} PRIVATE ${name}_BUILD)
@@ -48,6 +68,19 @@ function(k7_library name)
     target_link_options(${name} PRIVATE "LINKER:--version-script=${version_script}" LINKER:-z,nodelete)
     k7_compile_options(${name})
     install(TARGETS ${name} EXPORT K7SALTargets FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/K7SAL)
+
+    if(arg_PARSERS)
+        add_library(${name}Parsers OBJECT ${arg_PARSERS})
+        target_include_directories(${name}Parsers PUBLIC "${K7_LAYERS}/${name}")
+        target_link_libraries(${name}Parsers PUBLIC ${arg_PUBLIC})
+        target_compile_features(${name}Parsers PUBLIC cxx_std_20)
+        set_target_properties(${name}Parsers PROPERTIES
+            CXX_VISIBILITY_PRESET hidden
+            VISIBILITY_INLINES_HIDDEN ON
+            INTERPROCEDURAL_OPTIMIZATION ${K7SAL_LTO})
+        k7_compile_options(${name}Parsers)
+        target_sources(${name} PRIVATE $<TARGET_OBJECTS:${name}Parsers>)
+    endif()
 endfunction()
 
 # k7_executable(<name> SOURCES <sources> LIBRARIES <libraries>)

@@ -3,8 +3,9 @@
 // What the application decides about the platform.
 #pragma once
 
+#include "K7SALApi.h"
+
 #include "Foundation/J3Thread.h"
-#include "OS/K7SALApi.h"
 
 #include <map>
 

@@ -3,6 +3,7 @@
 // All system utilities.
 #pragma once
 
+#include "OS/System/Attribute.h"
 #include "OS/System/CPU.h"
 #include "OS/System/Debugging.h"
 #include "OS/System/DriverModule.h"

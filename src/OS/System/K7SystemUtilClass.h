@@ -3,8 +3,9 @@
 // The class around every system utility, and what all of them share: the system root and the last failure.
 #pragma once
 
+#include "K7SALApi.h"
+
 #include "Foundation/J3String.h"
-#include "OS/K7SALApi.h"
 
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace Kivo {
 /// The system utilities, one nested class of static operations a field. `OS/System/K7SystemUtil.h` brings them all.
 class K7SAL_API K7SystemUtil {
 public:
+    class Attribute;
     class Shell;
     class OS;
     class Memory;
@@ -41,12 +43,16 @@ public:
 
     /// Why an operation failed.
     struct Failure {
-        J3String operation; ///< "Network::getSubnetMask"; empty when nothing has failed
-        J3String reason;    ///< "ioctl(SIOCGIFNETMASK) failed"
+        J3String operation; ///< the operation that was called, "Network::getSubnetMask"; empty when nothing has failed
+        J3String reason;    ///< the first thing inside it that failed, "ioctl(SIOCGIFNETMASK) failed"
         int32 errorCode;    ///< the errno behind it, 0 when no system call failed
+        J3String subject{}; ///< the path, interface or device that it was about; empty when there is none
     };
 
-    /// The calling thread's latest failure. An operation that can fail clears it when it begins.
+    /// The calling thread's latest failure.
+    ///
+    /// Every operation that can fail clears it when it begins and sets it when it fails; one that calls others tells
+    /// the innermost reason under its own name. An answer of "no" or "none" is no failure.
     [[nodiscard]] static Failure lastFailure();
 
     /// What is read below the system root.

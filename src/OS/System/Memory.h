@@ -9,6 +9,8 @@
 
 #include <atomic>
 #include <map>
+#include <string>
+#include <vector>
 
 namespace Kivo {
 
@@ -32,6 +34,16 @@ public:
     static uint32 getVmallocTotal();
     static uint32 getVmallocUsed();
     static uint32 getVmallocChunk();
+
+    /// One row of the file.
+    struct Counter {
+        std::string name; ///< as the kernel spells it, "MemAvailable"
+        uint64 value;     ///< in KiB; a plain number for the few rows without a unit ("HugePages_Total")
+    };
+
+    /// Read all rows now, whatever the table holds, in the file's order.
+    /// @return false when the file cannot be read
+    static bool readCounters(std::vector<Counter>* counters);
 
     /// Make the kernel drop its page cache, by the host's command runner: "sync; sync; echo 3 >
     /// /proc/sys/vm/drop_caches".

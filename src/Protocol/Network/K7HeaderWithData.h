@@ -3,8 +3,9 @@
 // What the header codecs share: a fixed header as its wire bytes, and the message it belongs to.
 #pragma once
 
+#include "K7SALApi.h"
+
 #include "Foundation/J3Record.h"
-#include "OS/K7SALApi.h"
 
 #include <cstring>
 #include <vector>

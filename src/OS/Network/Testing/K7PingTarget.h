@@ -3,8 +3,9 @@
 // What a network quality test pings.
 #pragma once
 
+#include "K7SALApi.h"
+
 #include "Core/K7InetAddress.h"
-#include "OS/K7SALApi.h"
 
 namespace Kivo {
 

@@ -3,11 +3,11 @@
 // Network quality tester: ICMP echoes to a list of targets, graded by what comes back.
 #include "OS/Network/Testing/K7Pinger.h"
 
+#include "Base/UniqueFd_p.h"
 #include "Core/K7TickGuage.h"
 #include "Core/SocketApiWrapper.h"
 #include "Foundation/J3Assert.h"
 #include "Foundation/J3Exception.h"
-#include "OS/System/Platform/Linux/UniqueFd_p.h"
 #include "Protocol/Network/K7IPv4Header.h"
 #include "Protocol/Network/K7IcmpHeader.h"
 

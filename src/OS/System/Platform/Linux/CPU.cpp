@@ -3,9 +3,9 @@
 // Processor cores and interrupt counts.
 #include "OS/System/CPU.h"
 
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -37,7 +37,7 @@ int32 parsePresent(const std::string& line)
 // Cuts the label and its colon off the front; a row is not sure to have a blank behind the colon.
 bool takeLabel(std::string_view* row, std::string_view* label)
 {
-    if (!Fields(*row).next(label))
+    if (!TextScanner(*row).field(label))
         return false;
     *label = label->substr(0, label->find(':'));
     row->remove_prefix(static_cast<std::size_t>(label->data() - row->data()) + label->size());
@@ -65,7 +65,7 @@ uint64 sumOfRow(std::string_view text, std::string_view name, int32 columns)
             continue;
         uint64 sum = 0;
         std::string_view column;
-        for (Fields fields(row); columns > 0 && fields.next(&column); --columns)
+        for (TextScanner fields(row); columns > 0 && fields.field(&column); --columns)
             sum += toWide(column).toUint64();
         return sum;
     }
@@ -74,10 +74,11 @@ uint64 sumOfRow(std::string_view text, std::string_view name, int32 columns)
 
 bool noReading(const char* operation, int32* value)
 {
-    rememberFailure(operation, {"this platform gives no reading", 0});
-    if (value)
-        *value = 0;
-    return false;
+    return attempt(operation, [value] {
+        if (value)
+            *value = 0;
+        require(false, "this platform gives no reading");
+    });
 }
 
 } // namespace
@@ -90,28 +91,28 @@ bool K7SystemUtil::CPU::getTempValue(int32* value) { return noReading("CPU::getT
 
 int32 K7SystemUtil::CPU::coreCount()
 {
-    constexpr const char* OPERATION = "CPU::coreCount";
-    clearFailure();
-    SystemLines lines(PRESENT_PATH, PRESENT_LINE_SIZE);
-    if (!lines)
-        throwCantOpen(OPERATION, PRESENT_PATH);
-    std::string_view line;
-    if (!lines.next(&line))
-        throwCantRead(OPERATION, PRESENT_PATH);
-    return parsePresent(std::string(line));
+    return attemptOrThrow("CPU::coreCount", [] {
+        SystemLines lines(PRESENT_PATH, PRESENT_LINE_SIZE);
+        if (!lines)
+            throwCantOpen(PRESENT_PATH);
+        std::string_view line;
+        if (!lines.next(&line))
+            throwCantRead(PRESENT_PATH);
+        return parsePresent(std::string(line));
+    });
 }
 
 uint64 K7SystemUtil::CPU::interruptCountOf(const J3String& name)
 {
-    constexpr const char* OPERATION = "CPU::interruptCountOf";
-    clearFailure();
-    SystemFile file(INTERRUPTS_PATH);
-    if (!file)
-        throwCantOpen(OPERATION, INTERRUPTS_PATH);
-    std::string text;
-    if (!file.readAll(&text))
-        throwCantRead(OPERATION, INTERRUPTS_PATH);
-    return sumOfRow(text, name.to_string(), coreCount());
+    return attemptOrThrow("CPU::interruptCountOf", [&name] {
+        SystemFile file(INTERRUPTS_PATH);
+        if (!file)
+            throwCantOpen(INTERRUPTS_PATH);
+        std::string text;
+        if (!file.readAll(&text))
+            throwCantRead(INTERRUPTS_PATH);
+        return sumOfRow(text, name.to_string(), coreCount());
+    });
 }
 
 bool K7SystemUtil::CPU::readLineFromProcInterrupts(std::vector<J3String>* tokens, FILE* file)
@@ -130,7 +131,7 @@ bool K7SystemUtil::CPU::readLineFromProcInterrupts(std::vector<J3String>* tokens
     tokens->clear();
     if (takeLabel(&row, &token))
         tokens->push_back(toWide(token));
-    for (Fields fields(row); fields.next(&token);)
+    for (TextScanner fields(row); fields.field(&token);)
         tokens->push_back(toWide(token));
     return true;
 }

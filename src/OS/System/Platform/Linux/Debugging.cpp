@@ -5,8 +5,8 @@
 
 #include "Foundation/J3Time.h"
 #include "Foundation/J3TimeFormatter.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 #include "OS/System/Shell.h"
 
 #include <ctime>

@@ -3,7 +3,7 @@
 // Kernel modules by name.
 #include "OS/System/DriverModule.h"
 
-#include "OS/System/Platform/Linux/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
 #include "OS/System/Shell.h"
 
 namespace Kivo {

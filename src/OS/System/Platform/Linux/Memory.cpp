@@ -3,9 +3,9 @@
 // Memory counters from /proc/meminfo.
 #include "OS/System/Memory.h"
 
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/MeminfoParser_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 #include "OS/System/Shell.h"
 
 namespace Kivo {
@@ -15,21 +15,6 @@ namespace {
 constexpr const char* MEMINFO_PATH = "/proc/meminfo";
 constexpr std::size_t MEMINFO_BUFFER_SIZE = 2048;
 constexpr std::size_t MEMINFO_TOO_SHORT = 32;
-
-// MemTotal:        1003932 kB
-// HugePages_Total:       0
-template <class Store>
-void parseMeminfo(std::string_view text, Store&& store)
-{
-    std::string_view line;
-    for (Fields lines(text, "\n\r"); lines.next(&line);) {
-        Fields words(line, ":\t ");
-        std::string_view key;
-        std::string_view value;
-        if (words.next(&key) && words.next(&value))
-            store(key, static_cast<uint32>(leadingNumber<uint64>(value)));
-    }
-}
 
 } // namespace
 
@@ -54,9 +39,26 @@ void K7SystemUtil::Memory::refresh()
         char buffer[MEMINFO_BUFFER_SIZE];
         const std::string_view text = file.readInto(buffer, sizeof buffer);
         require(text.size() > MEMINFO_TOO_SHORT, "/proc/meminfo is too short");
-        parseMeminfo(text, [](std::string_view key, uint32 value) {
-            _memoryInfoMap[J3String(std::wstring(key.begin(), key.end()))] = value; // the kernel's names are ASCII
-        });
+        MeminfoParser rows(text);
+        for (MeminfoRow row; rows.next(&row);)
+            _memoryInfoMap[J3String(std::wstring(row.name.begin(), row.name.end()))] =
+                static_cast<uint32>(row.value); // the kernel's names are ASCII
+    });
+}
+
+bool K7SystemUtil::Memory::readCounters(std::vector<Counter>* counters)
+{
+    return attempt("Memory::readCounters", [counters] {
+        require(counters, "counters is null");
+        SystemFile file(MEMINFO_PATH);
+        requireCall(static_cast<bool>(file), "can't open the file", MEMINFO_PATH);
+        std::string text;
+        requireCall(file.readAll(&text), "can't read the file", MEMINFO_PATH);
+        std::vector<Counter> found;
+        MeminfoParser rows(text);
+        for (MeminfoRow row; rows.next(&row);)
+            found.push_back({std::string(row.name), row.value});
+        *counters = std::move(found);
     });
 }
 

@@ -3,8 +3,8 @@
 // Conversions on narrow byte strings, and random numbers.
 #include "OS/System/Misc.h"
 
+#include "Base/UniqueFd_p.h"
 #include "Foundation/J3Assert.h"
-#include "OS/System/Platform/Linux/UniqueFd_p.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -4,7 +4,7 @@
 #include "OS/System/Network.h"
 
 #include "Core/K7SystemError.h"
-#include "OS/System/Platform/Linux/NamedInterface_p.h"
+#include "OS/System/Platform/Linux/detail/NamedInterface_p.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -219,7 +219,6 @@ bool K7SystemUtil::Network::updateIpAddress(K7EthDevInfo* info, bool* changed)
 {
     K7IPv4Address ipv4Address;
     K7IPv6Address ipv6Address;
-    clearFailure();
     if (!info || !info->isValid() || !getIpAddress(info->ifceNameCStr(), &ipv4Address))
         return false;
     getIpAddress(info->ifceNameCStr(), &ipv6Address);
@@ -233,7 +232,6 @@ bool K7SystemUtil::Network::updateIpAddress(K7EthDevInfo* info, bool* changed)
 bool K7SystemUtil::Network::updateMacAddress(K7EthDevInfo* info)
 {
     K7MacAddress mac;
-    clearFailure();
     if (!info || !info->isValid() || !getMacAddress(&mac, info->devNameCStr()))
         return false;
     info->setMacAddress(mac);

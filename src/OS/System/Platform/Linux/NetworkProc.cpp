@@ -3,9 +3,9 @@
 // What the kernel's files tell of network interfaces and sockets.
 #include "Core/K7Cast.h"
 #include "OS/System/Network.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/Scanner_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <arpa/inet.h>
 #include <linux/route.h>
@@ -26,7 +26,7 @@ using Stat = K7SystemUtil::Network::NetDevIoStat;
 /// The gateway, in network byte order, of a default route through @p devName; most lines fail at the first fields.
 bool parseDefaultRoute(std::string_view line, std::string_view devName, uint32* gateway)
 {
-    Scanner scanner(line);
+    TextScanner scanner(line);
     uint32 flags = 0;
     return scanner.wordAtBeginOf(devName, 16) && scanner.zero() && scanner.number(gateway, 16) &&
            scanner.number(&flags, 16) && (flags & RTF_GATEWAY) != 0 && scanner.skipWord() && scanner.skipWord() &&
@@ -38,7 +38,7 @@ bool parseDefaultRoute(std::string_view line, std::string_view devName, uint32* 
 /// The next hop, 32 digits, of a route with a gateway through @p devName.
 bool parseRouteV6(std::string_view line, std::string_view devName, std::string_view* nextHop)
 {
-    Scanner scanner(line);
+    TextScanner scanner(line);
     std::string_view ignored;
     std::string_view name;
     uint32 prefixLength = 0;
@@ -54,7 +54,7 @@ bool parseRouteV6(std::string_view line, std::string_view devName, std::string_v
 /// An address, 32 digits, and its prefix length, which is not 0, of @p devName.
 bool parseAddressV6(std::string_view line, std::string_view devName, std::string_view* address, uint32* prefixLength)
 {
-    Scanner scanner(line);
+    TextScanner scanner(line);
     std::string_view name;
     uint32 index = 0;
     uint32 scope = 0;
@@ -79,7 +79,7 @@ bool toIPv6Address(std::string_view digits, K7IPv6Address* address)
 /// What follows the colon in the line of @p devName.
 bool findCounters(std::string_view line, std::string_view devName, std::string_view* counters)
 {
-    while (!line.empty() && Scanner::isSpace(line.front()))
+    while (!line.empty() && isSpace(line.front()))
         line.remove_prefix(1);
     if (!line.starts_with(devName))
         return false;
@@ -96,7 +96,7 @@ bool parseCounters(std::string_view text, Stat* stat)
 {
     auto& rx = stat->rx;
     auto& tx = stat->tx;
-    Scanner scanner(text);
+    TextScanner scanner(text);
     const auto read = [&](auto&... counters) { return (scanner.number(&counters) && ...); };
     return read(rx.bytes, rx.packets, rx.errs, rx.drop, rx.fifo, rx.frame, rx.compressed, rx.multicast) &&
            read(tx.bytes, tx.packets, tx.errs, tx.drop, tx.fifo, tx.colls, tx.carrier, tx.compressed);
@@ -106,7 +106,6 @@ bool parseCounters(std::string_view text, Stat* stat)
 
 bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv4Address* gateway)
 {
-    clearFailure();
     if (!hasText(devName) || !gateway)
         return false;
     const std::string_view wanted = devName;
@@ -120,7 +119,6 @@ bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv4Address* gatew
 
 bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv6Address* gateway)
 {
-    clearFailure();
     if (!devName || !gateway)
         return false;
     return anyLine("/proc/net/ipv6_route", [&](std::string_view line) {
@@ -131,7 +129,6 @@ bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv6Address* gatew
 
 bool K7SystemUtil::Network::getSubnetMask(const char* devName, K7IPv6Address* mask)
 {
-    clearFailure();
     if (!devName || !mask)
         return false;
     return anyLine("/proc/net/if_inet6", [&](std::string_view line) {
@@ -192,7 +189,6 @@ bool K7SystemUtil::Network::getNetDevIoStat(const char* devName, NetDevIoStat* s
 
 bool K7SystemUtil::Network::getEthernetLinkSpeed(const char* devName, int32* speed)
 {
-    clearFailure();
     if (!hasText(devName) || !speed)
         return false;
     SystemFile file(std::string("/sys/class/net/") + devName + "/speed");
@@ -200,7 +196,7 @@ bool K7SystemUtil::Network::getEthernetLinkSpeed(const char* devName, int32* spe
     std::string_view text;
     if (!file || (text = file.readInto(buffer, sizeof buffer)).empty())
         return false;
-    while (!text.empty() && Scanner::isSpace(text.back()))
+    while (!text.empty() && isSpace(text.back()))
         text.remove_suffix(1);
     if (text == "10" || text == "100" || text == "1000")
         *speed = leadingNumber<int32>(text);
@@ -210,12 +206,11 @@ bool K7SystemUtil::Network::getEthernetLinkSpeed(const char* devName, int32* spe
 // sockets: used 123
 int32 K7SystemUtil::Network::getUsedSocketCount()
 {
-    clearFailure();
     int32 count = 0;
     anyLine("/proc/net/sockstat", [&](std::string_view line) {
         if (line.find("sockets:") == std::string_view::npos)
             return false;
-        Scanner(line.substr(std::min(SOCKET_COUNT_COLUMN, line.size()))).number(&count);
+        TextScanner(line.substr(std::min(SOCKET_COUNT_COLUMN, line.size()))).number(&count);
         return true;
     });
     return count;

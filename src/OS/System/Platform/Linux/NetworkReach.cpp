@@ -3,7 +3,7 @@
 // Name resolution and reachability, both within a time limit.
 #include "Core/SocketChannel.h"
 #include "OS/System/Network.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
 
 #include <algorithm>
 #include <chrono>

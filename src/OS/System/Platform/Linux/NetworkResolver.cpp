@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // The resolver file, the DHCP client's result files and the host name.
 #include "OS/System/Network.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/Scanner_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <arpa/inet.h>
 
@@ -77,7 +78,7 @@ std::string parseNameserver(std::string_view line)
     if (line.starts_with(KEYWORD)) {
         line.remove_prefix(KEYWORD.size());
         if (line.starts_with(' ') || line.starts_with('\t'))
-            Scanner(line).word(&server, SERVER_SIZE);
+            TextScanner(line).word(&server, SERVER_SIZE);
     }
     return std::string(server);
 }
@@ -118,7 +119,6 @@ bool readServer(const char* path, bool first, Address* address)
 template <class Address>
 Address serverInForce(bool first)
 {
-    clearFailure();
     Address address;
     if (!readServer(RESOLVER_PATH, first, &address))
         readServer(RESOLVER_FALLBACK_PATH, first, &address);
@@ -127,12 +127,11 @@ Address serverInForce(bool first)
 
 bool readLeaseResult(const char* path, bool* leased)
 {
-    clearFailure();
     SystemLines lines(path, LEASE_LINE_SIZE);
     std::string_view line;
     int32 result = 0;
     while (lines && lines.next(&line)) {
-        if (!Scanner(line).number(&result))
+        if (!TextScanner(line).number(&result))
             continue;
         if (leased)
             *leased = result != 0;
@@ -189,7 +188,6 @@ K7IPv6Address K7SystemUtil::Network::getDnsIpAddressV6(uint8, bool first)
 
 K7IPv4Address K7SystemUtil::Network::getAutoDnsIpAddress()
 {
-    clearFailure();
     K7IPv4Address address;
     readServer(RESOLVER_FROM_DHCP_PATH, true, &address);
     return address;

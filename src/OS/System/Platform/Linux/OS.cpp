@@ -4,9 +4,9 @@
 #include "OS/System/OS.h"
 
 #include "Foundation/J3Time.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 #include "OS/System/Shell.h"
 
 #include <cstdio>
@@ -25,12 +25,11 @@ constexpr std::size_t UPTIME_LINE_SIZE = 255;
 constexpr time_t YEAR_2000 = 946684800;
 
 /// The first line of a file that has to be there.
-std::string readLine(const char* operation, const char* path, std::size_t size)
+std::string readLine(const char* path, std::size_t size)
 {
-    clearFailure();
     SystemLines lines(path, size);
     if (!lines)
-        throwCantOpen(operation, path);
+        throwCantOpen(path);
     std::string_view line;
     lines.next(&line);
     return std::string(line);
@@ -55,9 +54,7 @@ bool parseVersion(const std::string& line, K7Version* version)
 double parseUptime(std::string_view line)
 {
     double uptime = 0;
-    std::string_view word;
-    if (Fields(line).next(&word))
-        std::from_chars(word.data(), word.data() + word.size(), uptime);
+    TextScanner(line).real(&uptime);
     return uptime;
 }
 
@@ -69,11 +66,13 @@ bool K7SystemUtil::OS::getKernelVersion(K7Version* version)
 {
     if (!version)
         throw NULL_ARGUMENT;
-    if (!parseVersion(readLine("OS::getKernelVersion", "/proc/version", VERSION_LINE_SIZE), version)) {
-        rememberFailure("OS::getKernelVersion", {"no version of three numbers", 0});
-        throw NO_VERSION;
-    }
-    return true;
+    return attemptOrThrow("OS::getKernelVersion", [version] {
+        if (!parseVersion(readLine("/proc/version", VERSION_LINE_SIZE), version)) {
+            noteFailure({"no version of three numbers", 0, "/proc/version"});
+            throw NO_VERSION;
+        }
+        return true;
+    });
 }
 
 bool K7SystemUtil::OS::getKernelVersion(char* buffer)
@@ -100,7 +99,7 @@ bool K7SystemUtil::OS::getKernelVersion(J3String* text)
 
 double K7SystemUtil::OS::systemUptime()
 {
-    return parseUptime(readLine("OS::systemUptime", "/proc/uptime", UPTIME_LINE_SIZE));
+    return attemptOrThrow("OS::systemUptime", [] { return parseUptime(readLine("/proc/uptime", UPTIME_LINE_SIZE)); });
 }
 
 void K7SystemUtil::OS::fixupSystemTime()

@@ -3,9 +3,9 @@
 // The PCI functions of the machine.
 #include "OS/System/PCI.h"
 
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
 
@@ -23,15 +23,15 @@ int32 hexNumber(std::string_view text) { return std::max(wholeNumber<int32>(text
 // 0000:00:1f.2
 DeviceInfo::Address parseAddress(std::string_view name)
 {
-    Fields fields(name, ":.");
+    TextScanner fields(name);
     std::string_view field;
     int32 numbers[4] = {};
     for (int32& number : numbers) {
-        if (!fields.next(&field))
+        if (!fields.field(&field, ":."))
             return {};
         number = hexNumber(field);
     }
-    if (fields.next(&field))
+    if (fields.field(&field, ":."))
         return {};
     return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
@@ -40,7 +40,7 @@ DeviceInfo::Address parseAddress(std::string_view name)
 int32 parseIdentifier(std::string_view line)
 {
     std::string_view word;
-    Fields(line).next(&word);
+    TextScanner(line).field(&word);
     if (word.starts_with("0x"))
         word.remove_prefix(2);
     return hexNumber(word);

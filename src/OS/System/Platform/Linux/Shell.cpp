@@ -5,9 +5,9 @@
 
 #include "Foundation/J3Thread.h"
 #include "Foundation/J3ThreadManager.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -49,16 +49,12 @@ template <class Function, class... Arguments>
 int32 runDelegated(const J3Lock& lock, const std::atomic<Function>& runner, const char* command, Arguments... arguments)
 {
     const std::lock_guard<const J3Lock> held(lock);
-    clearFailure();
-    const Function function = runner.load(std::memory_order_acquire);
-    if (!function || !command) {
-        rememberFailure("Shell::runCommand", {function ? "command is null" : "no command runner is installed", 0});
-        return -1;
-    }
-    const int32 result = function(command, arguments...);
-    if (result != 0)
-        rememberFailure("Shell::runCommand", {"\"" + std::string(command) + "\" gave " + std::to_string(result), 0});
-    return result;
+    return attemptOr("Shell::runCommand", -1, [&] {
+        const Function function = runner.load(std::memory_order_acquire);
+        require(function, "no command runner is installed");
+        require(command, "command is null");
+        return function(command, arguments...);
+    });
 }
 
 } // namespace

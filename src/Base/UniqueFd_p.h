@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// Owner of one file descriptor.
+// Owner of one file descriptor, and the one loop around interrupted system calls.
 #pragma once
 
-#ifndef K7SAL_BUILD
-#error "private to libK7SAL"
+#ifndef K7SAL_PROJECT
+#error "private to this project"
 #endif
 
 #include <cerrno>
@@ -38,7 +38,7 @@ private:
     int _fd;
 };
 
-/// Make a system call again as long as a signal interrupts it.
+/// Make a system call, retried as long as a signal interrupts it.
 template <class Call>
 auto retried(Call&& call)
 {

@@ -7,8 +7,8 @@
 #error "private to libK7SAL"
 #endif
 
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/UniqueFd_p.h"
+#include "Base/UniqueFd_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
 
 #include <cstring>
 

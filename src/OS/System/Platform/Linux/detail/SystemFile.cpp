@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Files, links and directories below the system root.
 #include "OS/System/Memory.h"
-#include "OS/System/Platform/Linux/Attempt_p.h"
-#include "OS/System/Platform/Linux/SystemFile_p.h"
-#include "OS/System/Platform/Linux/Text_p.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
 #include <atomic>
@@ -152,21 +152,21 @@ bool listSystemDirectory(const char* path, std::vector<std::string>* names)
 
 namespace {
 
-[[noreturn]] void throwAbout(const char* operation, const wchar_t* format, const char* path)
+[[noreturn]] void throwAbout(const wchar_t* format, const char* path)
 {
     const int errorCode = errno;
     const J3String name(path);
     J3String message;
     message.format(format, &name);
-    rememberFailure(operation, {message.to_string(), errorCode});
+    noteFailure({message.to_string(), errorCode, path});
     throw message;
 }
 
 } // namespace
 
-void throwCantOpen(const char* operation, const char* path) { throwAbout(operation, L"can't open \"%@\"", path); }
+void throwCantOpen(const char* path) { throwAbout(L"can't open \"%@\"", path); }
 
-void throwCantRead(const char* operation, const char* path) { throwAbout(operation, L"can't read \"%@\"", path); }
+void throwCantRead(const char* path) { throwAbout(L"can't read \"%@\"", path); }
 
 void K7SystemUtil::setSystemRoot(const J3String& directory)
 {
@@ -190,10 +190,10 @@ bool K7SystemUtil::readFile(const J3String& path, J3String* text)
         const std::string name = path.to_string();
         SystemFile file(name);
         if (!file)
-            throw Reason{"can't open " + name, errno};
+            throw Reason{"can't open the file", errno, name};
         std::string contents;
         if (!file.readAll(&contents))
-            throw Reason{"can't read " + name, errno};
+            throw Reason{"can't read the file", errno, name};
         *text = toWide(contents);
     });
 }
@@ -205,7 +205,7 @@ bool K7SystemUtil::readLink(const J3String& path, J3String* target)
         const std::string name = path.to_string();
         std::string text;
         if (!readSystemLink(name.c_str(), &text))
-            throw Reason{"can't read the link " + name, errno};
+            throw Reason{"can't read the link", errno, name};
         *target = toWide(text);
     });
 }
@@ -217,7 +217,7 @@ bool K7SystemUtil::listDirectory(const J3String& path, std::vector<J3String>* na
         const std::string name = path.to_string();
         std::vector<std::string> found;
         if (!listSystemDirectory(name.c_str(), &found))
-            throw Reason{"can't list " + name, errno};
+            throw Reason{"can't list the directory", errno, name};
         names->clear();
         for (const std::string& entry : found)
             names->push_back(toWide(entry));

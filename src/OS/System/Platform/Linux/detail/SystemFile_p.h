@@ -7,8 +7,8 @@
 #error "private to libK7SAL"
 #endif
 
+#include "Base/UniqueFd_p.h"
 #include "OS/System/K7SystemUtilClass.h"
-#include "OS/System/Platform/Linux/UniqueFd_p.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -83,6 +83,19 @@ private:
     char _buffer[BUFFER_SIZE];
 };
 
+/// Hand the lines of a file, cut at 511 bytes, to @p take until it returns true.
+/// @return false when the file cannot be opened or no line was taken
+template <class Take>
+bool anyLine(const char* path, Take&& take)
+{
+    SystemLines lines(path, 512);
+    std::string_view line;
+    while (lines && lines.next(&line))
+        if (take(line))
+            return true;
+    return false;
+}
+
 /// Read the first line as fgets reads it, without its line feed. @return false when there is none
 bool readFirstLine(const char* path, std::size_t size, std::string* line);
 
@@ -93,7 +106,7 @@ bool readSystemLink(const char* path, std::string* target);
 bool listSystemDirectory(const char* path, std::vector<std::string>* names);
 
 /// Raise the "can't open" message of a reader whose file is not there, and remember it as the last failure.
-[[noreturn]] void throwCantOpen(const char* operation, const char* path);
-[[noreturn]] void throwCantRead(const char* operation, const char* path);
+[[noreturn]] void throwCantOpen(const char* path);
+[[noreturn]] void throwCantRead(const char* path);
 
 } // namespace Kivo

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Every subject of the inventory, in the order of a report.
+#include "Inventory/Section.h"
+
+#include "Inventory/Memory.h"
+
+#include <algorithm>
+
+namespace Kivo::Inventory {
+
+namespace {
+
+template <class Record>
+Collected collected(Reading<Record> reading)
+{
+    return {true, {valuesOf(reading.record)}, std::move(reading.problems)};
+}
+
+template <class Record>
+Collected collected(Listing<Record> listing)
+{
+    Collected result{listing.known, {}, std::move(listing.problems)};
+    for (const Record& record : listing.records)
+        result.rows.push_back(valuesOf(record));
+    return result;
+}
+
+template <class Record>
+constexpr Section section(const char* key, const char* heading, const char* help, Reading<Record> (*)(),
+                          Collected (*collect)())
+{
+    return {key, heading, help, Shape::RECORD, &columnInfos<Record>, collect};
+}
+
+template <class Record>
+constexpr Section section(const char* key, const char* heading, const char* help, Listing<Record> (*)(),
+                          Collected (*collect)())
+{
+    return {key, heading, help, Shape::LIST, &columnInfos<Record>, collect};
+}
+
+/// The section of what @p Read gives: section<readMemory>("memory", "Memory", "...").
+template <auto Read>
+constexpr Section section(const char* key, const char* heading, const char* help)
+{
+    return section(key, heading, help, Read, [] { return collected(Read()); });
+}
+
+constexpr Section SECTIONS[] = {
+    section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
+};
+
+} // namespace
+
+std::span<const Section> sections() { return SECTIONS; }
+
+const Section* findSection(std::string_view key)
+{
+    const auto* const found = std::find_if(std::begin(SECTIONS), std::end(SECTIONS),
+                                           [&](const Section& section) { return section.key == key; });
+    return found == std::end(SECTIONS) ? nullptr : found;
+}
+
+} // namespace Kivo::Inventory

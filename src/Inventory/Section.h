@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Every subject of the inventory, for readers that go by the column tables alone.
+#pragma once
+
+#include "Inventory/Column.h"
+#include "Inventory/Listing.h"
+
+#include <span>
+#include <string_view>
+
+namespace Kivo::Inventory {
+
+/// What a section holds: one record, or a list of them.
+enum class Shape : uint8 { RECORD, LIST };
+
+/// The values of a section's records, a row per record, each in the order of the columns.
+struct Collected {
+    bool known = false; ///< as Listing::known; always true of a RECORD
+    std::vector<std::vector<Value>> rows;
+    std::vector<Problem> problems;
+};
+
+/// One subject of the inventory.
+struct Section {
+    const char* key;     ///< "network_interfaces"
+    const char* heading; ///< "Network interfaces"
+    const char* help;    ///< one sentence, without a full stop
+    Shape shape;
+    std::vector<ColumnInfo> (*columns)();
+    Collected (*collect)(); ///< reads the machine, or the captured tree, now
+};
+
+/// Every section, in the order of a report.
+[[nodiscard]] K7INVENTORY_API std::span<const Section> sections();
+
+/// @return the section of that key, null when there is none
+[[nodiscard]] K7INVENTORY_API const Section* findSection(std::string_view key);
+
+/// The values of one record in the order of its columns.
+template <class Record>
+[[nodiscard]] std::vector<Value> valuesOf(const Record& record)
+{
+    std::vector<Value> values;
+    for (const Column<Record>& column : columns<Record>())
+        values.push_back(column.read(record));
+    return values;
+}
+
+/// The column table of a record without the records' type.
+template <class Record>
+[[nodiscard]] std::vector<ColumnInfo> columnInfos()
+{
+    std::vector<ColumnInfo> infos;
+    for (const Column<Record>& column : columns<Record>())
+        infos.push_back(column.info);
+    return infos;
+}
+
+} // namespace Kivo::Inventory
