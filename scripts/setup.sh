@@ -10,7 +10,7 @@ for purpose in "$@"; do
     case $purpose in
         build) ;;
         test) packages+=(ethtool googletest iproute2 libgtest-dev libbenchmark-dev) ;;
-        lint) packages+=(clang-format-14 clang-tidy-14 clang-14) ;;
+        lint) packages+=(clang-format-14 clang-tidy-14 clang-14 doxygen python3) ;;
         *) echo "setup.sh: unknown purpose '$purpose' (build, test or lint)" >&2; exit 2 ;;
     esac
 done
