@@ -35,3 +35,15 @@ J3_API extern const J3AssertFunc& j3assertFunc;
 
 /// Report that @p condition does not hold. @p path is the reporting source below the source root, without extension.
 #define J3_REPORT(condition, message, path) ::Kivo::j3assertFunc(condition, message, __func__, path, __LINE__)
+
+/// Whether @p condition holds; one that does not is reported, as it is written here, with @p message.
+///
+///     if (!J3_REQUIRE(size > 0 && size < 128, "invalid size", SOURCE))
+///         return;
+///
+/// The report names the function around it: not to be used inside a lambda.
+#define J3_REQUIRE(condition, message, path) ((condition) ? true : (J3_REPORT(#condition, message, path), false))
+
+/// Whether the pointer @p argument is given; a null one is reported under its name ("dest", "dest is Null!").
+#define J3_REQUIRE_ARGUMENT(argument, path)                                                                            \
+    ((argument) != nullptr ? true : (J3_REPORT(#argument, #argument " is Null!", path), false))
