@@ -23,6 +23,9 @@ enum class Unit : uint8 {
     PERCENT,
 };
 
+/// "KiB", "°C"; empty for Unit::NONE.
+[[nodiscard]] K7INVENTORY_API const char* symbolOf(Unit unit);
+
 enum class Align : uint8 { LEFT, RIGHT };
 
 /// What else is to be known of a column; several may be joined with |.
@@ -30,9 +33,11 @@ enum Trait : uint16 {
     PLAIN = 0,
     IDENTITY = 1 << 0,  ///< tells the records of a list apart
     VOLATILE = 1 << 1,  ///< changes by itself from one look to the next
-    COUNTER = 1 << 2,   ///< only grows, so that its growth per second is a rate; volatile too
     DETAIL = 1 << 3,    ///< left out of the usual table, for want of room
-    LIVE_ONLY = 1 << 4, ///< only a running kernel can tell
+    LIVE_ONLY = 1 << 4, ///< only a running kernel can tell; not known of a captured tree
+
+    /// Only grows, so that its growth per second is a rate; volatile too.
+    COUNTER = 1 << 2 | VOLATILE,
 };
 
 /// What a column's texts give away of their owner, so that a capture can replace it.
@@ -47,8 +52,9 @@ struct ColumnInfo {
     Align align = Align::LEFT;
     uint16 traits = PLAIN;
     Secret secret = Secret::NONE;
+    std::vector<ColumnInfo> (*nested)() = nullptr; ///< the columns of the records that the column holds, if it does
 
-    [[nodiscard]] constexpr bool has(Trait trait) const { return (traits & trait) != 0; }
+    [[nodiscard]] constexpr bool has(Trait trait) const { return (traits & trait) == trait; }
 };
 
 /// A column of the records of one type.
@@ -83,6 +89,16 @@ constexpr auto column(ColumnInfo info)
 /// The column table of a record; each subject's header declares its own.
 template <class Record>
 [[nodiscard]] std::span<const Column<Record>> columns();
+
+/// The column table of a record without the records' type.
+template <class Record>
+[[nodiscard]] std::vector<ColumnInfo> columnInfos()
+{
+    std::vector<ColumnInfo> infos;
+    for (const Column<Record>& column : columns<Record>())
+        infos.push_back(column.info);
+    return infos;
+}
 
 /// A record as a nested value of another one.
 template <class Record>

@@ -33,7 +33,7 @@ constexpr Column<Memory> COLUMNS[] = {
     column<&Memory::vmallocUsed>(
         size("vmalloc_used_kib", "vmalloc used", "Kernel memory that is mapped page by page", VOLATILE | DETAIL)),
     column<&Memory::oomKills>({"oom_kills", "OOM kills", "Processes killed for lack of memory since the start",
-                               Unit::NONE, Align::RIGHT, COUNTER | VOLATILE}),
+                               Unit::NONE, Align::RIGHT, COUNTER}),
 };
 
 // oom_kill 0

@@ -21,6 +21,7 @@ template <class Record>
 Collected collected(Listing<Record> listing)
 {
     Collected result{listing.known, {}, std::move(listing.problems)};
+    result.rows.reserve(listing.records.size());
     for (const Record& record : listing.records)
         result.rows.push_back(valuesOf(record));
     return result;
@@ -45,6 +46,12 @@ template <auto Read>
 constexpr Section section(const char* key, const char* heading, const char* help)
 {
     return section(key, heading, help, Read, [] { return collected(Read()); });
+}
+
+[[maybe_unused]] constexpr Section onRequest(Section section)
+{
+    section.onRequest = true;
+    return section;
 }
 
 constexpr Section SECTIONS[] = {

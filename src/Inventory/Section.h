@@ -29,6 +29,7 @@ struct Section {
     Shape shape;
     std::vector<ColumnInfo> (*columns)();
     Collected (*collect)(); ///< reads the machine, or the captured tree, now
+    bool onRequest = false; ///< left out of a report that does not ask for it by name
 };
 
 /// Every section, in the order of a report.
@@ -45,16 +46,6 @@ template <class Record>
     for (const Column<Record>& column : columns<Record>())
         values.push_back(column.read(record));
     return values;
-}
-
-/// The column table of a record without the records' type.
-template <class Record>
-[[nodiscard]] std::vector<ColumnInfo> columnInfos()
-{
-    std::vector<ColumnInfo> infos;
-    for (const Column<Record>& column : columns<Record>())
-        infos.push_back(column.info);
-    return infos;
 }
 
 } // namespace Kivo::Inventory

@@ -11,13 +11,20 @@ namespace Kivo::Inventory {
 
 using Attribute = K7SystemUtil::Attribute;
 
-std::optional<std::string> Source::text(const std::string& path, Silent silent)
+bool isLive() { return K7SystemUtil::systemRoot().isEmpty(); }
+
+std::optional<std::string> Source::text(const std::string& path, Silent silent, std::size_t longest)
 {
     std::string text;
-    if (Attribute::readText(path.c_str(), &text))
-        return text;
-    noteFailure(silent);
-    return std::nullopt;
+    if (!Attribute::readText(path.c_str(), &text)) {
+        noteFailure(silent);
+        return std::nullopt;
+    }
+    if (text.empty())
+        return std::nullopt;
+    if (text.size() > longest)
+        text.replace(longest - 3, std::string::npos, "...");
+    return text;
 }
 
 std::optional<int64> Source::number(const std::string& path, int base, Silent silent)
@@ -47,22 +54,32 @@ std::optional<std::string> Source::linkName(const std::string& path)
     return std::nullopt;
 }
 
-std::optional<std::string> Source::contents(const std::string& path)
+std::optional<std::string> Source::contents(const std::string& path, Silent silent)
 {
     std::string bytes;
     if (Attribute::readContents(path.c_str(), &bytes))
         return bytes;
-    noteFailure();
+    noteFailure(silent);
     return std::nullopt;
 }
 
 std::optional<std::vector<std::string>> Source::names(const std::string& path)
 {
     std::vector<std::string> names;
-    if (Attribute::listNames(path.c_str(), &names))
-        return names;
-    noteFailure();
-    return std::nullopt;
+    if (!Attribute::listNames(path.c_str(), &names)) {
+        noteFailure();
+        return std::nullopt;
+    }
+    if (names.size() > MOST_ENTRIES && !hasRoomAfter(MOST_ENTRIES, path))
+        names.resize(MOST_ENTRIES);
+    return names;
+}
+
+bool Source::hasRoomAfter(std::size_t count, const std::string& subject)
+{
+    if (count == MOST_ENTRIES)
+        note("has more entries than are listed", 0, subject);
+    return count < MOST_ENTRIES;
 }
 
 void Source::noteFailure(Silent silent)
@@ -77,7 +94,10 @@ void Source::noteFailure(Silent silent)
 
 void Source::note(std::string reason, int errorCode, std::string subject)
 {
-    _problems->push_back({_what, std::move(reason), errorCode, std::move(subject)});
+    if (_problems->size() == MOST_PROBLEMS)
+        _problems->push_back({_what, "more could not be read than is listed", 0, {}});
+    if (_problems->size() < MOST_PROBLEMS)
+        _problems->push_back({_what, std::move(reason), errorCode, std::move(subject)});
 }
 
 } // namespace Kivo::Inventory

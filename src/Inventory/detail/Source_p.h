@@ -15,6 +15,9 @@
 
 namespace Kivo::Inventory {
 
+/// Whether the running machine is read, and not a captured tree: what only a live kernel tells is asked for then alone.
+[[nodiscard]] bool isLive();
+
 /// Reads small files for one subject. What is not there is missing without a word; whatever else goes wrong becomes one
 /// of the subject's problems.
 class Source {
@@ -25,12 +28,24 @@ public:
     /// @param what the subject, as Problem::what names it
     Source(const char* what, std::vector<Problem>* problems) : _what(what), _problems(problems) {}
 
-    std::optional<std::string> text(const std::string& path, Silent silent = {});
+    /// The longest text that a record keeps, the most records of a subject and the most of its problems: a captured
+    /// tree may hold anything.
+    static constexpr std::size_t LONGEST_TEXT = 256;
+    static constexpr std::size_t MOST_ENTRIES = 16384;
+    static constexpr std::size_t MOST_PROBLEMS = 256;
+
+    /// A text file without the white space at its ends; an empty one is missing, a long one is cut and ends in "...".
+    std::optional<std::string> text(const std::string& path, Silent silent = {}, std::size_t longest = LONGEST_TEXT);
     std::optional<int64> number(const std::string& path, int base = 10, Silent silent = {});
     std::optional<bool> flag(const std::string& path, Silent silent = {});
     std::optional<std::string> linkName(const std::string& path);
-    std::optional<std::string> contents(const std::string& path);
+    std::optional<std::string> contents(const std::string& path, Silent silent = {});
+
+    /// The names in a directory, as many as there are records at most.
     std::optional<std::vector<std::string>> names(const std::string& path);
+
+    /// Whether a record more may be kept; the first that may not becomes a problem of @p subject.
+    [[nodiscard]] bool hasRoomAfter(std::size_t count, const std::string& subject);
 
     /// Note the library's last failure, unless it is only that something is not there.
     void noteFailure(Silent silent = {});
