@@ -3,7 +3,9 @@
 // Every subject of the inventory, in the order of a report.
 #include "Inventory/Section.h"
 
+#include "Inventory/BlockDevice.h"
 #include "Inventory/Memory.h"
+#include "Inventory/PciFunction.h"
 
 #include <algorithm>
 
@@ -56,6 +58,8 @@ constexpr Section section(const char* key, const char* heading, const char* help
 
 constexpr Section SECTIONS[] = {
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
+    section<listPciFunctions>("pci_functions", "PCI functions", "Functions of PCI devices, their drivers and links"),
+    section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
 };
 
 } // namespace
