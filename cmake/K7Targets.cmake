@@ -29,7 +29,10 @@ function(k7_compile_options target)
         -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual
         $<$<BOOL:${K7SAL_WERROR}>:-Werror>
         -fstack-protector-strong)
-    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack,-z,defs)
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
+    if(NOT (K7SAL_SANITIZERS AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)) # whose runtime is in the programs alone
+        target_link_options(${target} PRIVATE -Wl,-z,defs)
+    endif()
     if(K7SAL_SANITIZERS)
         target_compile_options(${target} PRIVATE
             -fsanitize=${K7SAL_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
