@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # SPDX-FileCopyrightText: 2026 the K7SAL authors
 # Installs the Debian packages that the project needs and this machine lacks; quick when nothing is missing.
-# usage: scripts/setup.sh [build|test|fuzz|lint ...]     (default: build)
+# usage: scripts/setup.sh [build|test|measure|fuzz|lint ...]     (default: build)
 set -euo pipefail
 
 packages=(ccache cmake g++ libboost-dev libcli11-dev libutfcpp-dev ninja-build nlohmann-json3-dev)
@@ -10,9 +10,10 @@ for purpose in "$@"; do
     case $purpose in
         build) ;;
         test) packages+=(ethtool googletest iproute2 libgtest-dev libbenchmark-dev) ;;
+        measure) packages+=(iproute2 pciutils procps python3 time util-linux) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         lint) packages+=(clang-format-14 clang-tidy-14 clang-14 doxygen python3) ;;
-        *) echo "setup.sh: unknown purpose '$purpose' (build, test, fuzz or lint)" >&2; exit 2 ;;
+        *) echo "setup.sh: unknown purpose '$purpose' (build, test, measure, fuzz or lint)" >&2; exit 2 ;;
     esac
 done
 
