@@ -3,7 +3,7 @@
 # SPDX-FileCopyrightText: 2026 the K7SAL authors
 """Times the tool beside the commands that people use in its place: benchmarks/measure_tool.py [K7SAL]
 
-Prints wall time, processor time and peak memory, medians of 21 runs, startup included. The interfaces are dummies in a
+Prints wall time, processor time and peak memory, medians of 21 runs, startup included. The interfaces are pairs in a
 network namespace of its own, so that the machine's network is left alone. Needs what scripts/setup.sh measure installs.
 """
 import os
@@ -51,13 +51,14 @@ def compare(title, own, others):
 
 
 def interfaces(count):
-    """In a namespace of its own: as many dummies as make COUNT interfaces with the loopback."""
+    """In a namespace of its own: the loopback and as many pairs of interfaces as COUNT has room for."""
     subprocess.run(["mount", "-t", "sysfs", "none", "/sys"], check=True)
     with tempfile.NamedTemporaryFile("w") as batch:
-        for index in range(count - 1):
-            name = f"k7d{index}"
-            batch.write(f"link add {name} type dummy\naddr add 10.{index // 250}.{index % 250}.1/24 dev {name}\n")
-            batch.write(f"link set {name} up\n")
+        for index in range(count // 2):
+            left, right = f"k7a{index}", f"k7b{index}"
+            batch.write(f"link add {left} type veth peer name {right}\n")
+            batch.write(f"addr add 10.{index // 250}.{index % 250}.1/24 dev {left}\n")
+            batch.write(f"link set {left} up\nlink set {right} up\n")
         batch.flush()
         subprocess.run(["ip", "-batch", batch.name], check=True)
     compare(f"{count} interfaces", [TOOL, "net", "--json"], [["ip", "-j", "-s", "addr"], ["ip", "-j", "link"]])
