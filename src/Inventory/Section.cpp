@@ -6,6 +6,7 @@
 #include "Inventory/BlockDevice.h"
 #include "Inventory/Memory.h"
 #include "Inventory/PciFunction.h"
+#include "Inventory/Process.h"
 
 #include <algorithm>
 
@@ -50,7 +51,7 @@ constexpr Section section(const char* key, const char* heading, const char* help
     return section(key, heading, help, Read, [] { return collected(Read()); });
 }
 
-[[maybe_unused]] constexpr Section onRequest(Section section)
+constexpr Section onRequest(Section section)
 {
     section.onRequest = true;
     return section;
@@ -60,6 +61,7 @@ constexpr Section SECTIONS[] = {
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
     section<listPciFunctions>("pci_functions", "PCI functions", "Functions of PCI devices, their drivers and links"),
     section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
+    onRequest(section<listProcesses>("processes", "Processes", "Processes and what they use of the machine")),
 };
 
 } // namespace
