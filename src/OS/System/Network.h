@@ -4,8 +4,11 @@
 #pragma once
 
 #include "Core/K7EthDevInfo.h"
+#include "Core/K7InetAddress.h"
 #include "OS/System/K7SystemUtilClass.h"
 
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace Kivo {
@@ -48,6 +51,85 @@ public:
         NetDevIoCounters rx;
         NetDevIoCounters tx;
     };
+
+    /// Where an address counts, from the widest to the narrowest.
+    enum class AddressScope : uint8 { GLOBAL, SITE, LINK, HOST };
+
+    /// An address of an interface.
+    struct InterfaceAddress {
+        K7InetAddress address;
+        uint32 prefixLength = 0; ///< 0 to 32, or 0 to 128
+        AddressScope scope = AddressScope::GLOBAL;
+    };
+
+    /// Traffic of one direction since the interface came to be, as wide as the kernel counts it. What a direction does
+    /// not count is 0, as in NetDevIoCounters.
+    struct Traffic {
+        uint64 bytes = 0;
+        uint64 packets = 0;
+        uint64 errs = 0;
+        uint64 drop = 0;
+        uint64 fifo = 0;
+        uint64 colls = 0;
+        uint64 carrier = 0;
+        uint64 frame = 0;
+        uint64 compressed = 0;
+        uint64 multicast = 0;
+    };
+
+    /// What one pass over the kernel's lists tells of an interface. What is absent is not known.
+    struct Interface {
+        std::string name;
+        std::optional<uint32> index;            ///< below a system root only of interfaces that have an IPv6 address
+        std::optional<uint32> flags;            ///< IFF_UP and so on; live only
+        std::optional<K7MacAddress> macAddress; ///< live only, and absent where hardware addresses are not six bytes
+        std::optional<Traffic> received;
+        std::optional<Traffic> sent;
+        std::optional<std::vector<InterfaceAddress>> ipv4; ///< in the kernel's order; live only
+        std::optional<std::vector<InterfaceAddress>>
+            ipv6; ///< absent when there is no file: IPv6 is off, or not captured
+    };
+
+    /// A route of either family.
+    struct Route {
+        K7InetAddress destination;
+        uint32 prefixLength = 0; ///< 0 for a default route
+        K7InetAddress gateway;   ///< not set when the destination is on the link
+        std::string interfaceName;
+        uint32 metric = 0; ///< the lower one wins
+        uint32 flags = 0;  ///< RTF_UP, RTF_GATEWAY, RTF_REJECT and so on
+    };
+
+    /// A name server of the resolver file.
+    struct NameServer {
+        K7InetAddress address;
+        std::string scope; ///< the interface of a link-local server ("eth0"); empty when there is none
+        uint32 line = 0;   ///< its line in the file, from 1
+    };
+
+    /// @{ How many entries the lists below take; a longer one is cut there, and is a failure.
+    static constexpr std::size_t MAX_INTERFACES = 16384;
+    static constexpr std::size_t MAX_ADDRESSES = 131072; ///< IPv6 addresses of all interfaces
+    static constexpr std::size_t MAX_ROUTES = 131072;
+    static constexpr std::size_t MAX_NAME_SERVERS = 1024;
+    /// @}
+
+    /// List every interface with what the kernel's lists tell of it, each of them read once.
+    ///
+    /// Interfaces come in the order of `/proc/net/dev`. IPv6 addresses come with the wider scope first and then in the
+    /// order of `/proc/net/if_inet6`, so that a captured machine shows the same first address as the live one.
+    /// @param interfaces is replaced
+    /// @return false when a list could not be read; @p interfaces then holds what the others told
+    /// *Source*: getifaddrs (live only), `/proc/net/dev`, `/proc/net/if_inet6`. *Cost*: one pass, whatever the number.
+    static bool listInterfaces(std::vector<Interface>* interfaces);
+
+    /// List every IPv4 route of the main table, then every IPv6 route that the kernel shows, those to its own addresses
+    /// and to groups (RTF_LOCAL, RTF_ANYCAST, ff00::/8) included.
+    /// @param routes is replaced
+    /// @return false when a list could not be read (ENOENT: there is no list of IPv4 routes); @p routes then holds what
+    /// the other told. Without IPv6 there are none of it.
+    /// *Source*: `/proc/net/route`, `/proc/net/ipv6_route`
+    static bool listRoutes(std::vector<Route>* routes);
 
     /// Read the first address that an interface has of the family.
     /// @return false, without a reason, when it has none or there is no such interface

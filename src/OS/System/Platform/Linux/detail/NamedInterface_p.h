@@ -10,7 +10,7 @@
 #include "Base/UniqueFd_p.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
 
-#include <cstring>
+#include <string_view>
 
 #include <linux/ethtool.h>
 #include <linux/sockios.h>
@@ -20,33 +20,23 @@
 
 namespace Kivo {
 
-/// A datagram socket with a request for one interface; raises a reason when the socket cannot be had.
+/// A datagram socket with a request for one interface; whatever fails is raised as a reason about that interface.
 class NamedInterface {
 public:
-    explicit NamedInterface(const char* devName, int family = AF_INET)
+    explicit NamedInterface(const char* devName, int family = AF_INET) : _devName(devName)
     {
         requireLiveSystem();
         _socket = UniqueFd(::socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-        requireCall(static_cast<bool>(_socket), "socket() failed");
+        requireCall(static_cast<bool>(_socket), "socket() failed", _devName);
         // A longer name stays away: cut to size it could be another interface's. No interface has the empty name.
-        const std::size_t length = std::strlen(devName);
-        if (length < sizeof _request.ifr_name)
-            std::memcpy(_request.ifr_name, devName, length);
+        if (_devName.size() < sizeof _request.ifr_name)
+            _devName.copy(_request.ifr_name, _devName.size());
     }
 
-    [[nodiscard]] int socket() const { return _socket.get(); }
-
-    /// Make a request. @return what the kernel answered, zeroed where it did not
-    const ifreq& tryCall(unsigned long code)
-    {
-        static_cast<void>(::ioctl(_socket.get(), code, &_request));
-        return _request;
-    }
-
-    /// Make a request, or raise @p reason.
+    /// Ask about the interface. @return what the kernel answered
     const ifreq& call(unsigned long code, const char* reason)
     {
-        requireCall(::ioctl(_socket.get(), code, &_request) == 0, reason);
+        request(code, &_request, reason);
         return _request;
     }
 
@@ -55,11 +45,20 @@ public:
     {
         ethtool_value value{command, data};
         _request.ifr_data = reinterpret_cast<char*>(&value);
-        call(SIOCETHTOOL, "ioctl(SIOCETHTOOL) failed");
+        request(SIOCETHTOOL, &_request, "ioctl(SIOCETHTOOL) failed");
         return value.data;
     }
 
+    /// Ask for the interfaces that have an IPv4 address, in as many entries as @p list has room for.
+    void listConfigured(ifconf* list) { request(SIOCGIFCONF, list, "ioctl(SIOCGIFCONF) failed"); }
+
 private:
+    void request(unsigned long code, void* argument, const char* reason)
+    {
+        requireCall(::ioctl(_socket.get(), code, argument) == 0, reason, _devName);
+    }
+
+    std::string_view _devName;
     UniqueFd _socket;
     ifreq _request{};
 };
