@@ -228,8 +228,8 @@ TEST(NetworkArguments, AreCheckedBeforeAnythingElse)
     EXPECT_EQ(reason(Network::getSubnetMask("", &ipv4)), L"invalid input parameters");
     EXPECT_EQ(reason(Network::testConnectivity("lo", "::1", 0)), L"invalid input parameters");
     EXPECT_EQ(reason(Network::getNetDevIoStat("lo", &stat)), L"fopen() failed");
-    EXPECT_EQ(reason(Network::getGateway("lo", static_cast<K7IPv6Address*>(nullptr))), L"");
-    EXPECT_EQ(reason(Network::updateIpAddress(nullptr, nullptr)), L"");
+    EXPECT_EQ(reason(Network::getGateway("lo", static_cast<K7IPv6Address*>(nullptr))), L"invalid input parameters");
+    EXPECT_EQ(reason(Network::updateIpAddress(nullptr, nullptr)), L"invalid input parameters");
 }
 
 TEST(LinkLocalAddress, IsMadeOfTheHardwareAddress)
