@@ -34,7 +34,7 @@ enum Trait : uint16 {
     IDENTITY = 1 << 0,  ///< tells the records of a list apart
     VOLATILE = 1 << 1,  ///< changes by itself from one look to the next
     DETAIL = 1 << 3,    ///< left out of the usual table, for want of room
-    LIVE_ONLY = 1 << 4, ///< only a running kernel can tell; not known of a captured tree
+    LIVE_ONLY = 1 << 4, ///< only a running kernel can tell, or only a recent one can write it into a file
 
     /// Only grows, so that its growth per second is a rate; volatile too.
     COUNTER = 1 << 2 | VOLATILE,

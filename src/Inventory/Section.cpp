@@ -4,9 +4,13 @@
 #include "Inventory/Section.h"
 
 #include "Inventory/BlockDevice.h"
+#include "Inventory/Core.h"
+#include "Inventory/Host.h"
+#include "Inventory/Interrupts.h"
 #include "Inventory/Memory.h"
 #include "Inventory/PciFunction.h"
 #include "Inventory/Process.h"
+#include "Inventory/Processor.h"
 
 #include <algorithm>
 
@@ -58,7 +62,11 @@ constexpr Section onRequest(Section section)
 }
 
 constexpr Section SECTIONS[] = {
+    section<readHost>("host", "Host", "The machine as a whole: its names, its kernel, its load"),
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
+    section<readProcessor>("processor", "Processor", "The processor as a whole and its use since the start"),
+    section<listCores>("cores", "Cores", "The cores of the processor, their frequencies and their use"),
+    section<listInterrupts>("interrupts", "Interrupts", "Interrupts and how often they came"),
     section<listPciFunctions>("pci_functions", "PCI functions", "Functions of PCI devices, their drivers and links"),
     section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
     onRequest(section<listProcesses>("processes", "Processes", "Processes and what they use of the machine")),

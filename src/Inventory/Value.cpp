@@ -21,6 +21,8 @@ Value::Value(const char* text)
         _storage = std::string(text);
 }
 
+Value::Value(const std::vector<std::string>& texts) : _storage(List(texts.begin(), texts.end())) {}
+
 Value::Value(List list) : _storage(std::move(list)) {}
 
 Value::Value(Row row) : _storage(std::move(row)) {}

@@ -42,6 +42,7 @@ public:
     Value(std::string text);
     Value(std::string_view text);
     Value(const char* text); ///< null is not known
+    Value(const std::vector<std::string>& texts);
     Value(List list);
     Value(Row row);
 

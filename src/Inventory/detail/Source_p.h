@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace Kivo::Inventory {
 
@@ -43,6 +44,20 @@ public:
 
     /// The names in a directory, as many as there are records at most.
     std::optional<std::vector<std::string>> names(const std::string& path);
+
+    /// What @p parse makes of a short text file, an optional; contents that it refuses become a problem.
+    template <class Parse>
+    auto parsed(const std::string& path, Parse&& parse)
+    {
+        constexpr std::size_t LONGEST_FILE = 4096;
+        const auto contents = text(path, {}, LONGEST_FILE);
+        decltype(parse(std::string_view())) result;
+        if (contents)
+            result = parse(std::string_view(*contents));
+        if (contents && !result)
+            note("has unexpected contents", 0, path);
+        return result;
+    }
 
     /// Whether a record more may be kept; the first that may not becomes a problem of @p subject.
     [[nodiscard]] bool hasRoomAfter(std::size_t count, const std::string& subject);
