@@ -61,6 +61,12 @@ constexpr Section onRequest(Section section)
     return section;
 }
 
+[[maybe_unused]] constexpr Section busiest(std::size_t count, Section section)
+{
+    section.busiest = count;
+    return section;
+}
+
 constexpr Section SECTIONS[] = {
     section<readHost>("host", "Host", "The machine as a whole: its names, its kernel, its load"),
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),

@@ -28,8 +28,9 @@ struct Section {
     const char* help;    ///< one sentence, without a full stop
     Shape shape;
     std::vector<ColumnInfo> (*columns)();
-    Collected (*collect)(); ///< reads the machine, or the captured tree, now
-    bool onRequest = false; ///< left out of a report that does not ask for it by name
+    Collected (*collect)();  ///< reads the machine, or the captured tree, now
+    bool onRequest = false;  ///< left out of a report that does not ask for it by name
+    std::size_t busiest = 0; ///< how many records the usual text shows, those of the largest first counter; 0 for all
 };
 
 /// Every section, in the order of a report.

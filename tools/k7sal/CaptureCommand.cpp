@@ -182,13 +182,11 @@ int capture(const Session& session, const std::string& directory)
 
 } // namespace
 
-void addCaptureCommand(CLI::App& app, Session& session)
+void declareCapture(CLI::App& command, Session& session)
 {
-    CLI::App* const command =
-        app.add_subcommand("capture", "Copy what the library reads of this machine, for --root elsewhere");
     const auto directory = std::make_shared<std::string>();
-    command->add_option("dir", *directory, "A directory that is empty or not there yet")->required();
-    command->callback([&session, directory] { session.exitCode = capture(session, *directory); });
+    command.add_option("dir", *directory, "A directory that is empty or not there yet")->required();
+    command.callback([&session, directory] { session.exitCode = capture(session, *directory); });
 }
 
 } // namespace K7Tool

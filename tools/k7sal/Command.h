@@ -3,49 +3,63 @@
 // What every command of the tool is made of.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
+#include "Inventory/Listing.h"
 
+#include <CLI/CLI.hpp>
+
+#include <span>
 #include <string>
 
 namespace K7Tool {
 
-using Json = nlohmann::ordered_json;
-
 /// The tool's exit codes.
 enum ExitCode {
-    EXIT_DONE = 0,  ///< done, or so
-    EXIT_NOT = 1,   ///< the thing asked about is not so, or failed
-    EXIT_USAGE = 2, ///< wrong use
+    EXIT_DONE = 0,   ///< done, or the answer is yes
+    EXIT_FAILED = 1, ///< failed, or the answer is no
+    EXIT_USAGE = 2,  ///< wrong usage
 };
 
 /// What the options before and after a command say, and how the command ended.
 struct Session {
-    std::string root;
+    std::string root; ///< the captured tree as it was named; empty on the running machine
     bool json = false;
     int exitCode = EXIT_DONE;
+
+    [[nodiscard]] bool isLive() const { return root.empty(); }
 };
 
-// Each declares a command; when it is given, it runs and leaves its exit code in the session.
-void addReportCommand(CLI::App& app, Session& session);
-void addCaptureCommand(CLI::App& app, Session& session);
-void addProcessCommand(CLI::App& app, Session& session);
-void addNetCommand(CLI::App& app, Session& session);
-void addDnsCommand(CLI::App& app, Session& session);
-void addPingCommand(CLI::App& app, Session& session);
+/// A word that follows "k7sal".
+struct Command {
+    const char* name;
+    const char* help;
 
-/// Declare the option that asks for one JSON document in place of text.
-void addJsonOption(CLI::App& command, Session& session);
+    /// Declare the command's options; when it is given, it runs and leaves its exit code in the session.
+    void (*declare)(CLI::App& command, Session& session);
+};
+
+void declareReport(CLI::App& command, Session& session);
+void declareCapture(CLI::App& command, Session& session);
+void declareProcess(CLI::App& command, Session& session);
+void declareNet(CLI::App& command, Session& session);
+void declareDns(CLI::App& command, Session& session);
+void declarePing(CLI::App& command, Session& session);
+
+/// Every command, in the order of the help.
+[[nodiscard]] std::span<const Command> commands();
 
 /// Refuse a command that changes the machine while a captured tree is read.
 void refuseRoot(const Session& session, const std::string& command);
 
-/// Say on standard error what failed and, from the library's last failure, why. @return EXIT_NOT
+/// Say on standard error what failed and, from the library's last failure, why. @return EXIT_FAILED
 int failed(const std::string& what);
 
 /// The same with a reason of the tool's own.
-int failed(const std::string& what, const std::string& reason, int errorCode = 0);
+int failed(const std::string& what, const std::string& reason, int errorCode = 0, const std::string& subject = {});
 
-void printJson(const Json& document);
+/// Say on standard error what could not be read, a line each. @return EXIT_DONE when there is nothing to say
+int reportProblems(const std::vector<Kivo::Inventory::Problem>& problems);
+
+/// A note on standard error that is no failure.
+void warn(const std::string& text);
 
 } // namespace K7Tool

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal dns: the name servers in force, and setting them.
 #include "Command.h"
+#include "Document.h"
 #include "NetFacts.h"
 #include "NetTables.h"
 
@@ -60,18 +61,16 @@ int clear(const Session& session)
 
 } // namespace
 
-void addDnsCommand(CLI::App& app, Session& session)
+void declareDns(CLI::App& command, Session& session)
 {
-    CLI::App* const command = app.add_subcommand("dns", "Show or set the name servers");
-    command->require_subcommand(0, 1);
-    addJsonOption(*command, session);
+    command.require_subcommand(0, 1);
     CLI::App* const setter =
-        command->add_subcommand("set", "Write the resolver file anew with these servers before the public ones");
+        command.add_subcommand("set", "Write the resolver file anew with these servers before the public ones");
     const auto servers = std::make_shared<std::vector<std::string>>();
     setter->add_option("address", *servers, "One IPv4 address, one IPv6 address, or both")->required()->expected(1, 2);
     CLI::App* const clearer =
-        command->add_subcommand("clear", "Write the resolver file anew with the public servers alone");
-    command->callback([=, &session] {
+        command.add_subcommand("clear", "Write the resolver file anew with the public servers alone");
+    command.callback([=, &session] {
         if (setter->parsed())
             session.exitCode = set(session, *servers);
         else

@@ -3,7 +3,7 @@
 // What the library sees of a machine, as JSON.
 #pragma once
 
-#include "Command.h"
+#include "Document.h"
 
 #include "Foundation/J3String.h"
 

@@ -2,10 +2,12 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal net: network interfaces, once or again and again.
 #include "Command.h"
+#include "Interrupt.h"
 #include "NetFacts.h"
 #include "NetTables.h"
 #include "Reading.h"
 #include "Terminal.h"
+#include "Text.h"
 
 #include "OS/System/Network.h"
 
@@ -174,21 +176,19 @@ int net(const Session& session, const NetOptions& options)
 
 } // namespace
 
-void addNetCommand(CLI::App& app, Session& session)
+void declareNet(CLI::App& command, Session& session)
 {
-    CLI::App* const command = app.add_subcommand("net", "Show network interfaces");
     const auto options = std::make_shared<NetOptions>();
-    command->add_option("interface", options->interface, "Show this one in full");
+    command.add_option("interface", options->interface, "Show this one in full");
     CLI::Option* const watching =
-        command->add_option("--watch", options->seconds, "Show rates per second, every so many seconds (1)")
+        command.add_option("--watch", options->seconds, "Show rates per second, every so many seconds (1)")
             ->expected(0, 1)
             ->default_str("1")
             ->check(CLI::Range(0.1, 3600.0));
-    command->add_option("--count", options->looks, "End the watch after so many rounds")
+    command.add_option("--count", options->looks, "End the watch after so many rounds")
         ->check(CLI::PositiveNumber)
         ->needs(watching);
-    addJsonOption(*command, session);
-    command->callback([&session, options, watching] {
+    command.callback([&session, options, watching] {
         if (watching->count() > 0 && options->seconds == 0)
             options->seconds = DEFAULT_INTERVAL;
         session.exitCode = net(session, *options);

@@ -3,7 +3,7 @@
 // What the library sees of network interfaces and name servers, as JSON.
 #pragma once
 
-#include "Command.h"
+#include "Document.h"
 
 namespace K7Tool {
 

@@ -5,6 +5,7 @@
 
 #include "Reading.h"
 #include "Terminal.h"
+#include "Text.h"
 
 namespace K7Tool {
 

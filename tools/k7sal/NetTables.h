@@ -3,7 +3,7 @@
 // Network facts as tables.
 #pragma once
 
-#include "Command.h"
+#include "Document.h"
 
 namespace K7Tool {
 

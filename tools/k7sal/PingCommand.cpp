@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal ping: grades the way to some addresses.
 #include "Command.h"
+#include "Interrupt.h"
 #include "NetFacts.h"
 #include "Reading.h"
 #include "Terminal.h"
+#include "Text.h"
 
 #include "Core/SocketApiWrapper.h"
 #include "OS/Network/Testing/K7Pinger.h"
@@ -300,7 +302,7 @@ int ping(const Session& session, PingOptions options)
     if (options.interface.empty())
         return failed("ping", "there is no default route to take the interface from; name one with -i");
     if (!hasRawSocket())
-        return EXIT_NOT;
+        return EXIT_FAILED;
 
     const Interrupt interrupt;
     Results results;
@@ -329,22 +331,20 @@ int ping(const Session& session, PingOptions options)
     const K7SystemUtil::Failure failure = pinger.testFailure();
     if (!failure.operation.isEmpty())
         failed("ping on " + options.interface, failure.reason.to_string(), failure.errorCode);
-    return std::all_of(graded.begin(), graded.end(), isFine) ? EXIT_DONE : EXIT_NOT;
+    return std::all_of(graded.begin(), graded.end(), isFine) ? EXIT_DONE : EXIT_FAILED;
 }
 
 } // namespace
 
-void addPingCommand(CLI::App& app, Session& session)
+void declarePing(CLI::App& command, Session& session)
 {
-    CLI::App* const command = app.add_subcommand("ping", "Grade the way to some IPv4 addresses");
     const auto options = std::make_shared<PingOptions>();
-    command->add_option("-i,--interface", options->interface, "The interface (default: that of the default route)");
-    command->add_option("-c,--rounds", options->rounds, "Echoes to each address, one every 3 seconds")
+    command.add_option("-i,--interface", options->interface, "The interface (default: that of the default route)");
+    command.add_option("-c,--rounds", options->rounds, "Echoes to each address, one every 3 seconds")
         ->check(CLI::Range(1, 1000))
         ->capture_default_str();
-    command->add_option("address", options->addresses, "What to ping")->required()->expected(1, 500);
-    addJsonOption(*command, session);
-    command->callback([&session, options] { session.exitCode = ping(session, *options); });
+    command.add_option("address", options->addresses, "What to ping")->required()->expected(1, 500);
+    command.callback([&session, options] { session.exitCode = ping(session, *options); });
 }
 
 } // namespace K7Tool

@@ -41,7 +41,7 @@ int alive(const std::string& name)
 {
     const bool is = Shell::isAliveProcess(name.c_str(), nullptr, -1);
     std::cout << (is ? "alive" : "not alive") << "\n";
-    return is ? EXIT_DONE : EXIT_NOT;
+    return is ? EXIT_DONE : EXIT_FAILED;
 }
 
 int kill(const Session& session, const std::string& name)
@@ -61,13 +61,11 @@ int kill(const Session& session, const std::string& name)
 
 } // namespace
 
-void addProcessCommand(CLI::App& app, Session& session)
+void declareProcess(CLI::App& command, Session& session)
 {
-    CLI::App* const command =
-        app.add_subcommand("process", "Find, test or end a process by a part of its program name");
-    command->require_subcommand(1);
+    command.require_subcommand(1);
     const auto add = [&](const char* verb, const char* help, auto run) {
-        CLI::App* const sub = command->add_subcommand(verb, help);
+        CLI::App* const sub = command.add_subcommand(verb, help);
         const auto named = std::make_shared<Named>();
         sub->add_option("name", named->name, "A part of the program name (the first argument)")
             ->required()

@@ -15,13 +15,7 @@ namespace K7Tool {
 
 using namespace Kivo;
 
-namespace {
-
-volatile sig_atomic_t s_interrupted = 0;
-
-void noteInterrupt(int) { s_interrupted = 1; }
-
-} // namespace
+namespace {} // namespace
 
 Json attribute(const std::string& path)
 {
@@ -69,32 +63,6 @@ std::string cell(const Json& fact)
     if (fact.is_null())
         return "-";
     return fact.is_string() ? fact.get<std::string>() : fact.dump();
-}
-
-Interrupt::Interrupt()
-{
-    s_interrupted = 0;
-    struct sigaction action {};
-    action.sa_handler = noteInterrupt;
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
-}
-
-Interrupt::~Interrupt()
-{
-    ::signal(SIGINT, SIG_DFL);
-    ::signal(SIGTERM, SIG_DFL);
-}
-
-bool Interrupt::came() { return s_interrupted != 0; }
-
-bool Interrupt::sleep(std::chrono::milliseconds time)
-{
-    constexpr std::chrono::milliseconds STEP(50);
-    const auto end = std::chrono::steady_clock::now() + time;
-    for (auto now = std::chrono::steady_clock::now(); now < end && !came(); now = std::chrono::steady_clock::now())
-        std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(STEP, end - now));
-    return !came();
 }
 
 } // namespace K7Tool

@@ -3,10 +3,7 @@
 // Reading single facts below the system root, and interrupting a command.
 #pragma once
 
-#include "Command.h"
-
-#include <atomic>
-#include <chrono>
+#include "Document.h"
 
 namespace K7Tool {
 
@@ -24,19 +21,5 @@ std::vector<std::string> namesIn(const std::string& directory);
 
 /// A fact as a cell: "-" for one that could not be had.
 std::string cell(const Json& fact);
-
-/// Ends the waiting of a command when the user presses Ctrl-C, instead of ending the tool.
-class Interrupt {
-public:
-    Interrupt();
-    ~Interrupt();
-    Interrupt(const Interrupt&) = delete;
-    Interrupt& operator=(const Interrupt&) = delete;
-
-    [[nodiscard]] static bool came();
-
-    /// Wait, but not beyond the interrupt. @return false when it has come
-    static bool sleep(std::chrono::milliseconds time);
-};
 
 } // namespace K7Tool

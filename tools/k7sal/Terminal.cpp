@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// Text for a person: columns, bars, sizes, and colour where there is a terminal.
+// The terminal: colour where it is wanted, tables of text, and views that are redrawn in place.
 #include "Terminal.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
+#include "Text.h"
 
+#include "Base/TextScanner_p.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace K7Tool {
 
 namespace {
 
-std::string formatted(const char* format, auto... arguments)
-{
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, format, arguments...);
-    return buffer;
-}
+Colour s_colour = Colour::AUTO;
 
 const char* escape(Style style)
 {
@@ -40,15 +40,45 @@ const char* escape(Style style)
     return "";
 }
 
+bool isDumb()
+{
+    const char* const terminal = std::getenv("TERM");
+    return !terminal || !*terminal || std::string_view(terminal) == "dumb";
+}
+
 bool usesColour()
 {
+    if (s_colour != Colour::AUTO)
+        return s_colour == Colour::ALWAYS;
     const char* const noColour = std::getenv("NO_COLOR");
-    return onTerminal() && !(noColour && *noColour);
+    return onTerminal() && !isDumb() && !(noColour && *noColour);
+}
+
+struct Window {
+    std::size_t rows = 24;
+    std::size_t columns = 80;
+};
+
+Window window()
+{
+    winsize size{};
+    Window window;
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) {
+        window.rows = size.ws_row > 0 ? size.ws_row : window.rows;
+        window.columns = size.ws_col > 0 ? size.ws_col : window.columns;
+    }
+    return window;
 }
 
 } // namespace
 
-bool onTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+void setColour(Colour colour) { s_colour = colour; }
+
+bool onTerminal()
+{
+    static const bool is = ::isatty(STDOUT_FILENO) == 1;
+    return is;
+}
 
 std::string styled(Style style, const std::string& text)
 {
@@ -57,67 +87,10 @@ std::string styled(Style style, const std::string& text)
     return escape(style) + text + "\033[0m";
 }
 
-std::string printable(std::string_view text)
+Table::Table(std::vector<std::string> headings, std::vector<Align> aligns) : _aligns(std::move(aligns))
 {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const bool control = byte < 0x20 || byte == 0x7F;
-        const bool c1 = byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-        if (c1)
-            ++i;
-        result += control || c1 ? '?' : text[i];
-    }
-    return result;
-}
-
-std::size_t columns(std::string_view text)
-{
-    return static_cast<std::size_t>(std::count_if(
-        text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
-}
-
-std::string sizeText(std::uint64_t bytes)
-{
-    const char* const units[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-    auto value = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; value >= 1024 && unit + 1 < std::size(units); ++unit)
-        value /= 1024;
-    return formatted(unit == 0 ? "%.0f %s" : "%.1f %s", value, units[unit]);
-}
-
-std::string durationText(double seconds)
-{
-    const auto whole = static_cast<std::uint64_t>(std::clamp(seconds, 0.0, 1e15));
-    const std::uint64_t days = whole / 86400;
-    const std::uint64_t hours = whole / 3600 % 24;
-    const std::uint64_t minutes = whole / 60 % 60;
-    if (days > 0)
-        return formatted("%llu d %02llu h %02llu min", static_cast<unsigned long long>(days),
-                         static_cast<unsigned long long>(hours), static_cast<unsigned long long>(minutes));
-    if (hours > 0)
-        return formatted("%llu h %02llu min", static_cast<unsigned long long>(hours),
-                         static_cast<unsigned long long>(minutes));
-    if (minutes > 0)
-        return formatted("%llu min %02llu s", static_cast<unsigned long long>(minutes),
-                         static_cast<unsigned long long>(whole % 60));
-    return formatted("%llu s", static_cast<unsigned long long>(whole));
-}
-
-std::string bar(double part, double whole, std::size_t width)
-{
-    const double share = whole > 0 ? std::clamp(part / whole, 0.0, 1.0) : 0.0;
-    const auto filled = static_cast<std::size_t>(std::lround(share * static_cast<double>(width)));
-    return "[" + std::string(filled, '#') + std::string(width - filled, '.') + "]";
-}
-
-Table::Table(std::vector<std::string> headings, std::vector<Align> aligns)
-    : _aligns(std::move(aligns)),
-      _hasHeadings(!std::all_of(headings.begin(), headings.end(), [](const std::string& text) { return text.empty(); }))
-{
-    _aligns.resize(headings.size(), LEFT);
-    if (_hasHeadings)
+    _aligns.resize(headings.size(), Align::LEFT);
+    if (!std::all_of(headings.begin(), headings.end(), [](const std::string& text) { return text.empty(); }))
         add(std::move(headings), Style::DIM);
 }
 
@@ -125,28 +98,60 @@ void Table::add(std::vector<std::string> cells, Style style)
 {
     cells.resize(_aligns.size());
     for (std::string& cell : cells)
-        cell = printable(cell);
-    _rows.push_back({std::move(cells), style});
+        cell = fitted(printable(cell), CELL_WIDTH);
+    _lines.push_back({std::move(cells), style});
 }
 
 std::string Table::text(const std::string& indent) const
 {
     std::vector<std::size_t> widths(_aligns.size(), 0);
-    for (const Row& row : _rows)
+    for (const Line& line : _lines)
         for (std::size_t i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], columns(row.cells[i]));
+            widths[i] = std::max(widths[i], columnsOf(line.cells[i]));
 
     std::string result;
-    for (const Row& row : _rows) {
-        std::string line;
+    for (const Line& line : _lines) {
+        std::string text;
         for (std::size_t i = 0; i < widths.size(); ++i) {
-            const std::string padding(widths[i] - columns(row.cells[i]), ' ');
-            line += (i == 0 ? "" : "  ") + (_aligns[i] == RIGHT ? padding + row.cells[i] : row.cells[i] + padding);
+            const std::string padding(widths[i] - columnsOf(line.cells[i]), ' ');
+            text += i == 0 ? "" : "  ";
+            text += _aligns[i] == Align::RIGHT ? padding + line.cells[i] : line.cells[i] + padding;
         }
-        line.erase(line.find_last_not_of(' ') + 1);
-        result += indent + styled(row.style, line) + "\n";
+        text.erase(text.find_last_not_of(' ') + 1);
+        result += indent + styled(line.style, text) + "\n";
     }
     return result;
+}
+
+Screen::Screen() : _redraws(onTerminal() && !isDumb()) {}
+
+std::size_t Screen::height() const
+{
+    constexpr std::size_t UNBOUNDED = 1U << 20U;
+    return _redraws ? window().rows - 1 : UNBOUNDED;
+}
+
+bool Screen::show(const std::string& text)
+{
+    if (!_redraws)
+        return (std::cout << text << std::flush).good();
+    const std::size_t width = window().columns;
+    const std::size_t room = height();
+    std::string shown;
+    std::size_t count = 0;
+    Kivo::TextScanner lines(text);
+    for (std::string_view line; count < room && lines.line(&line); ++count)
+        shown += fitted(std::string(line), width) + "\n";
+    clear();
+    _shown = count;
+    return (std::cout << shown << std::flush).good();
+}
+
+void Screen::clear()
+{
+    if (_shown > 0)
+        std::cout << "\033[" << _shown << "A\033[J" << std::flush;
+    _shown = 0;
 }
 
 } // namespace K7Tool

@@ -3,76 +3,133 @@
 // k7sal: the library from the command line, on a board or on a tree captured from one.
 #include "Command.h"
 #include "CommandRunner.h"
+#include "ManPage.h"
+#include "Terminal.h"
+#include "Text.h"
 
 #include "OS/System/K7SystemUtilClass.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace K7Tool {
 
-void addJsonOption(CLI::App& command, Session& session)
+namespace {
+
+/// Put something at the place of a closed standard stream, so that no file or socket of a command gets its number;
+/// reading or writing it fails as it would have failed.
+void holdStandardStreams()
 {
-    command.add_flag("--json", session.json, "Print one JSON document instead of text");
+    constexpr int MODES[] = {O_WRONLY, O_RDONLY, O_RDONLY};
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+        if (::fcntl(fd, F_GETFD) < 0 && errno == EBADF)
+            static_cast<void>(::open("/dev/null", MODES[fd]));
 }
 
-void refuseRoot(const Session& session, const std::string& command)
+void declareGlobalOptions(CLI::App& app, Session& session)
 {
-    if (!session.root.empty())
-        throw CLI::ValidationError(command, "changes the machine and cannot be used with --root");
+    app.set_version_flag("--version", K7SAL_VERSION);
+    app.add_option("--root", session.root, "Read the tree captured below this directory instead of this machine")
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory)
+        ->each([](const std::string& directory) { Kivo::K7SystemUtil::setSystemRoot(directory.c_str()); });
+    app.add_flag("--json", session.json, "Print one JSON document instead of text");
+    app.add_option_function<std::string>(
+           "--color",
+           [](const std::string& when) {
+               setColour(when == "always" ? Colour::ALWAYS : when == "never" ? Colour::NEVER : Colour::AUTO);
+           },
+           "Draw colours: auto (on a terminal, unless NO_COLOR is set), always, never")
+        ->type_name("WHEN")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
 }
 
-int failed(const std::string& what, const std::string& reason, int errorCode)
+/// Whether the command line has a word, as a command or as anything else.
+bool hasWord(int argc, char** argv, const char* word)
 {
-    std::cerr << "k7sal: " << what << " failed: " << reason;
-    if (errorCode != 0)
-        std::cerr << " (" << std::strerror(errorCode) << ")";
-    std::cerr << "\n";
-    return EXIT_NOT;
+    return std::any_of(argv + 1, argv + argc, [&](const char* argument) { return std::strcmp(argument, word) == 0; });
 }
 
-int failed(const std::string& what)
+/// Declare every command, and in full the ones that are needed: to declare them takes longer than most of them run.
+void declareCommands(CLI::App& app, Session& session, int argc, char** argv)
 {
-    const Kivo::K7SystemUtil::Failure failure = Kivo::K7SystemUtil::lastFailure();
-    return failed(what, failure.operation.isEmpty() ? "unknown reason" : failure.reason.to_string(), failure.errorCode);
+    const bool all = hasWord(argc, argv, MAN_OPTION);
+    for (const Command& command : commands()) {
+        CLI::App* const declared = app.add_subcommand(command.name, command.help);
+        if (all || hasWord(argc, argv, command.name))
+            command.declare(*declared, session);
+    }
 }
 
-void printJson(const Json& document)
+/// What a wrong command line is answered with.
+std::string usageMessage(const CLI::App& app, const CLI::Error& error)
 {
-    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
+    std::string name = app.get_name();
+    const CLI::App* deepest = &app;
+    while (!deepest->get_subcommands().empty()) {
+        deepest = deepest->get_subcommands().front();
+        name += " " + deepest->get_name();
+    }
+    std::string reason = error.what();
+    const std::vector<std::string> rest = app.remaining(true);
+    const bool lacksCommand = deepest->get_require_subcommand_min() > 0 || deepest == &app;
+    if (lacksCommand && !rest.empty() && !rest.front().empty())
+        reason = (rest.front()[0] == '-' ? "unknown option '" : "unknown command '") + rest.front() + "'";
+    return printable("k7sal: " + reason) + "\nTry '" + name + " --help' for more information.\n";
 }
+
+int run(int argc, char** argv)
+{
+    Session session;
+    CLI::App app("System facts and network tests of a recorder board, live or from a captured tree.", "k7sal");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.failure_message([](const CLI::App* failing, const CLI::Error& error) { return usageMessage(*failing, error); });
+    app.footer("Exit codes: 0: done, or the answer is yes; 1: failed, or the answer is no; 2: wrong usage");
+    declareGlobalOptions(app, session);
+    declareManOption(app);
+    declareCommands(app, session, argc, argv);
+    installCommandRunner();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        session.exitCode = app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+    }
+    if (!(std::cout << std::flush))
+        return failed("output", "standard output cannot be written");
+    return session.exitCode;
+}
+
+/// Say the last word where no memory may be left to say it with.
+int endedBy(const char* reason)
+{
+    for (const char* const text : {"k7sal: ", reason, "\n"})
+        if (::write(STDERR_FILENO, text, std::strlen(text)) < 0)
+            break;
+    return EXIT_FAILED;
+}
+
+} // namespace
 
 } // namespace K7Tool
 
 int main(int argc, char** argv)
 {
     using namespace K7Tool;
-    Session session;
-    CLI::App app("System facts and network tests of a recorder board, live or from a captured tree.", "k7sal");
-    app.set_version_flag("--version", K7SAL_VERSION);
-    app.require_subcommand(1);
-    app.fallthrough();
-    app.failure_message([](const CLI::App* failing, const CLI::Error& error) {
-        return "k7sal: " + std::string(error.what()) + "\nRun '" +
-               (failing->get_parent() ? "k7sal " + failing->get_name() : "k7sal") + " --help' for the right use.\n";
-    });
-    app.add_option("--root", session.root, "Read the tree captured below this directory instead of this machine")
-        ->check(CLI::ExistingDirectory)
-        ->each([](const std::string& directory) { Kivo::K7SystemUtil::setSystemRoot(directory.c_str()); });
-    addReportCommand(app, session);
-    addCaptureCommand(app, session);
-    addProcessCommand(app, session);
-    addNetCommand(app, session);
-    addDnsCommand(app, session);
-    addPingCommand(app, session);
-    installCommandRunner();
+    holdStandardStreams();
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_DONE : EXIT_USAGE;
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        return endedBy("out of memory");
     } catch (const std::exception& error) {
-        return failed("the command", error.what());
+        return endedBy(error.what());
+    } catch (...) {
+        return endedBy("unexpected failure");
     }
-    std::cout << std::flush;
-    return std::cout ? session.exitCode : failed("output", "standard output cannot be written");
 }

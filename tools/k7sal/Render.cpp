@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+// SPDX-FileCopyrightText: 2026 the K7SAL authors
+// Sheets as text for a person, by their columns alone.
+#include "Render.h"
+
+#include "Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace K7Tool {
+
+using namespace Kivo;
+using namespace Kivo::Inventory;
+
+namespace {
+
+constexpr const char* UNKNOWN = "-";
+constexpr const char* NONE = "none";
+
+/// Enough of a list for a cell.
+constexpr std::size_t CELL_TEXT = 4 * Table::CELL_WIDTH;
+
+bool isSize(Unit unit) { return unit == Unit::BYTES || unit == Unit::KIBIBYTES; }
+
+std::string numberText(float64 number, const std::string& plain, Unit unit)
+{
+    switch (unit) {
+    case Unit::BYTES:
+        return sizeText(number);
+    case Unit::KIBIBYTES:
+        return sizeText(number * 1024);
+    case Unit::SECONDS:
+        return durationText(number);
+    default:
+        return *symbolOf(unit) ? plain + " " + symbolOf(unit) : plain;
+    }
+}
+
+/// Join the texts of some parts, as far as a cell shows them.
+template <class Parts, class Text>
+std::string joined(const Parts& parts, const char* separator, Text&& text)
+{
+    std::string result;
+    for (const auto& part : parts) {
+        if (result.size() > CELL_TEXT)
+            break;
+        const std::string next = text(part);
+        result += result.empty() || next.empty() ? "" : separator;
+        result += next;
+    }
+    return result;
+}
+
+struct CellMaker {
+    Unit unit;
+
+    std::string operator()(std::monostate) const { return UNKNOWN; }
+    std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
+    std::string operator()(const std::string& text) const { return text.empty() ? UNKNOWN : text.substr(0, CELL_TEXT); }
+    std::string operator()(const Real& real) const
+    {
+        return std::isfinite(real.value) ? numberText(real.value, formatted("%.*f", real.decimals, real.value), unit)
+                                         : UNKNOWN;
+    }
+    std::string operator()(const List& list) const
+    {
+        return list.empty() ? NONE : joined(list, ", ", [&](const Value& value) { return cellText(value, unit); });
+    }
+    std::string operator()(const Row& row) const
+    {
+        return joined(row, " ", [&](const Field& field) {
+            return field.value.isKnown() ? cellText(field.value, Unit::NONE) : std::string();
+        });
+    }
+    template <class Integer>
+    std::string operator()(Integer number) const
+    {
+        return numberText(static_cast<float64>(number), std::to_string(number), unit);
+    }
+};
+
+using Indices = std::vector<std::size_t>;
+
+/// The columns that a text of the sheet shows.
+Indices shownColumns(const Sheet& sheet, const View& view)
+{
+    Indices shown;
+    for (std::size_t i = 0; i < sheet.columns.size(); ++i) {
+        const ColumnInfo& column = sheet.columns[i];
+        if (view.detailed || (!column.has(DETAIL) && (view.live || !column.has(LIVE_ONLY))))
+            shown.push_back(i);
+    }
+    return shown;
+}
+
+/// The records that a text of the sheet shows: all, or those whose first counter is largest.
+Indices shownRows(const Sheet& sheet, const View& view)
+{
+    Indices rows(sheet.data.rows.size());
+    std::iota(rows.begin(), rows.end(), 0U);
+    const auto counter = std::find_if(sheet.columns.begin(), sheet.columns.end(),
+                                      [](const ColumnInfo& column) { return column.has(COUNTER); });
+    std::size_t most = view.detailed ? 0 : sheet.busiest;
+    if (view.room > 0 && (most == 0 || view.room < most))
+        most = view.room;
+    if (most == 0 || most >= rows.size())
+        return rows;
+    if (counter != sheet.columns.end()) {
+        const auto index = static_cast<std::size_t>(counter - sheet.columns.begin());
+        const auto count = [&](std::size_t row) { return sheet.data.rows[row][index].number().value_or(-1); };
+        std::stable_sort(rows.begin(), rows.end(),
+                         [&](std::size_t left, std::size_t right) { return count(left) > count(right); });
+    }
+    rows.resize(most);
+    return rows;
+}
+
+/// What stands in the place of a list without records.
+const char* emptyText(const Sheet& sheet, const View& view)
+{
+    if (sheet.data.known)
+        return NONE;
+    if (!sheet.data.problems.empty())
+        return "could not be read";
+    return view.live ? "not available on this system" : "not captured";
+}
+
+/// Draws the sizes that change as parts of the constant size before them.
+class SizeBars {
+public:
+    std::string next(const ColumnInfo& column, const Value& value)
+    {
+        const auto number = value.number();
+        if (!isSize(column.unit))
+            return "";
+        if (!column.has(VOLATILE)) {
+            _whole = number;
+            return "";
+        }
+        if (!number || !_whole || *_whole <= 0)
+            return "";
+        return bar(*number, *_whole) + formatted(" %3.0f %%", 100 * std::clamp(*number / *_whole, 0.0, 1.0));
+    }
+
+private:
+    std::optional<float64> _whole;
+};
+
+} // namespace
+
+std::string cellText(const Value& value, Unit unit) { return std::visit(CellMaker{unit}, value.storage()); }
+
+std::string recordText(const Sheet& sheet, const std::vector<Value>& row, const View& view)
+{
+    Table table({"", "", ""});
+    SizeBars bars;
+    for (const std::size_t i : shownColumns(sheet, view)) {
+        const ColumnInfo& column = sheet.columns[i];
+        table.add({column.heading, cellText(row[i], column.unit), bars.next(column, row[i])});
+    }
+    return table.text();
+}
+
+std::string sheetText(const Sheet& sheet, const View& view)
+{
+    const std::vector<std::vector<Value>>& rows = sheet.data.rows;
+    if (!sheet.data.known || rows.empty())
+        return std::string("  ") + emptyText(sheet, view) + "\n";
+    if (sheet.shape == Shape::RECORD)
+        return recordText(sheet, rows.front(), view);
+
+    const Indices columns = shownColumns(sheet, view);
+    std::vector<std::string> headings;
+    std::vector<Align> aligns;
+    for (const std::size_t i : columns) {
+        headings.emplace_back(sheet.columns[i].heading);
+        aligns.push_back(sheet.columns[i].align);
+    }
+    Table table(std::move(headings), std::move(aligns));
+    const Indices shown = shownRows(sheet, view);
+    for (const std::size_t row : shown) {
+        std::vector<std::string> cells;
+        for (const std::size_t i : columns)
+            cells.push_back(cellText(rows[row][i], sheet.columns[i].unit));
+        table.add(std::move(cells));
+    }
+    const std::size_t more = rows.size() - shown.size();
+    return table.text() + (more == 0 ? "" : styled(Style::DIM, "  and " + std::to_string(more) + " more") + "\n");
+}
+
+std::string documentText(const Document& document, const View& view)
+{
+    std::string text;
+    for (const Sheet& sheet : document)
+        text += (text.empty() ? "" : "\n") + styled(Style::HEADING, sheet.heading) + "\n" + sheetText(sheet, view);
+    return text;
+}
+
+} // namespace K7Tool
