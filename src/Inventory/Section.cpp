@@ -8,9 +8,11 @@
 #include "Inventory/Host.h"
 #include "Inventory/Interrupts.h"
 #include "Inventory/Memory.h"
+#include "Inventory/NetworkInterface.h"
 #include "Inventory/PciFunction.h"
 #include "Inventory/Process.h"
 #include "Inventory/Processor.h"
+#include "Inventory/Route.h"
 
 #include <algorithm>
 
@@ -75,6 +77,8 @@ constexpr Section SECTIONS[] = {
     section<listInterrupts>("interrupts", "Interrupts", "Interrupts and how often they came"),
     section<listPciFunctions>("pci_functions", "PCI functions", "Functions of PCI devices, their drivers and links"),
     section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
+    section<listNetworkInterfaces>("network_interfaces", "Network interfaces", "Links, addresses and traffic"),
+    section<listRoutes>("routes", "Routes", "Where packets are sent"),
     onRequest(section<listProcesses>("processes", "Processes", "Processes and what they use of the machine")),
 };
 
