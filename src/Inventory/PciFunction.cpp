@@ -129,6 +129,8 @@ Listing<PciFunction> listPciFunctions()
         function.link = read.link("current");
         function.linkLimit = read.link("max");
         function.interrupt = read.number("irq");
+        if (function.interrupt == 0U)
+            function.interrupt.reset();
         listing.records.push_back(std::move(function));
     }
     return listing;

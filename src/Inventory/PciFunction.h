@@ -27,7 +27,7 @@ struct PciFunction {
     std::optional<std::string> driver; ///< none when no driver is bound
     PciLink link;
     PciLink linkLimit;               ///< the most that the device is capable of
-    std::optional<uint32> interrupt; ///< the number of its interrupt line
+    std::optional<uint32> interrupt; ///< the number of its interrupt line, if it has one
 
     /// What the class code says, in words.
     [[nodiscard]] std::optional<std::string> className() const;
