@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <map>
 
+#include <linux/if.h>
 #include <linux/route.h>
 
 namespace Kivo::Inventory {
@@ -217,7 +218,8 @@ private:
 };
 
 /// Add what sysfs tells of an interface.
-void readAttributes(Source& source, NetworkInterface* interface)
+/// @param flags the kernel's, which spare a file; live only
+void readAttributes(Source& source, std::optional<uint32> flags, NetworkInterface* interface)
 {
     // EINVAL: there is nothing to tell while the interface is down, or by this driver.
     const std::string directory = "/sys/class/net/" + interface->name + "/";
@@ -226,9 +228,14 @@ void readAttributes(Source& source, NetworkInterface* interface)
                                                               : std::nullopt;
     };
     interface->state = source.text(directory + "operstate");
-    interface->link = source.flag(directory + "carrier", {EINVAL});
-    interface->speed = positive(source.number(directory + "speed", 10, {EINVAL}));
-    interface->duplex = source.text(directory + "duplex", {EINVAL});
+    if (!flags)
+        interface->link = source.flag(directory + "carrier", {EINVAL});
+    else if ((*flags & IFF_UP) != 0)
+        interface->link = (*flags & IFF_LOWER_UP) != 0;
+    if (interface->link != false) {
+        interface->speed = positive(source.number(directory + "speed", 10, {EINVAL}));
+        interface->duplex = source.text(directory + "duplex", {EINVAL});
+    }
     if (interface->duplex == "unknown")
         interface->duplex.reset();
     interface->mtu = positive(source.number(directory + "mtu"));
@@ -270,7 +277,7 @@ Listing<NetworkInterface> interfaces(const std::string* name)
             continue;
         NetworkInterface interface = interfaceOf(one);
         gateways.tell(&interface);
-        readAttributes(source, &interface);
+        readAttributes(source, one.flags, &interface);
         listing.records.push_back(std::move(interface));
     }
     return listing;
