@@ -3,9 +3,11 @@
 // Main memory and swap.
 #include "Inventory/Memory.h"
 
-#include "Base/TextScanner_p.h"
+#include "Inventory/detail/MemoryParser_p.h"
 #include "Inventory/detail/Source_p.h"
 #include "OS/System/Memory.h"
+
+#include <algorithm>
 
 namespace Kivo::Inventory {
 
@@ -36,27 +38,16 @@ constexpr Column<Memory> COLUMNS[] = {
                                Unit::NONE, Align::RIGHT, COUNTER}),
 };
 
-// oom_kill 0
-std::optional<uint64> parseOomKills(std::string_view vmstat)
-{
-    TextScanner lines(vmstat);
-    for (std::string_view line; lines.line(&line);) {
-        TextScanner words(line);
-        uint64 count = 0;
-        if (words.literal("oom_kill ") && words.number(&count))
-            return count;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 std::optional<uint64> Memory::used() const
 {
     if (!total || !free)
         return std::nullopt;
-    const uint64 rest = *free + buffers.value_or(0) + cached.value_or(0);
-    return *total > rest ? *total - rest : 0;
+    uint64 used = *total;
+    for (const uint64 unused : {*free, buffers.value_or(0), cached.value_or(0)})
+        used -= std::min(used, unused);
+    return used;
 }
 
 template <>
@@ -86,7 +77,7 @@ Reading<Memory> readMemory()
             if (counter.name == row.name)
                 *row.value = counter.value;
     if (const auto vmstat = source.contents("/proc/vmstat"))
-        memory.oomKills = parseOomKills(*vmstat);
+        memory.oomKills = parseOomKills(*vmstat); // none before kernel 4.13
     return reading;
 }
 

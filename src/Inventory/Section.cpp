@@ -4,15 +4,18 @@
 #include "Inventory/Section.h"
 
 #include "Inventory/BlockDevice.h"
+#include "Inventory/Clock.h"
 #include "Inventory/Core.h"
 #include "Inventory/Host.h"
 #include "Inventory/Interrupts.h"
 #include "Inventory/Memory.h"
 #include "Inventory/NetworkInterface.h"
 #include "Inventory/PciFunction.h"
+#include "Inventory/Pressure.h"
 #include "Inventory/Process.h"
 #include "Inventory/Processor.h"
 #include "Inventory/Route.h"
+#include "Inventory/Sensor.h"
 
 #include <algorithm>
 
@@ -71,6 +74,8 @@ constexpr Section onRequest(Section section)
 
 constexpr Section SECTIONS[] = {
     section<readHost>("host", "Host", "The machine as a whole: its names, its kernel, its load"),
+    section<readClock>("clock", "Clock", "The system clock, the time zone and the hardware clock"),
+    section<listPressures>("pressure", "Pressure", "How much work waits for processor, memory and disks"),
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
     section<readProcessor>("processor", "Processor", "The processor as a whole and its use since the start"),
     section<listCores>("cores", "Cores", "The cores of the processor, their frequencies and their use"),
@@ -79,6 +84,7 @@ constexpr Section SECTIONS[] = {
     section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
     section<listNetworkInterfaces>("network_interfaces", "Network interfaces", "Links, addresses and traffic"),
     section<listRoutes>("routes", "Routes", "Where packets are sent"),
+    section<listSensors>("sensors", "Sensors", "Temperatures, fans, voltages and currents, with their limits"),
     onRequest(section<listProcesses>("processes", "Processes", "Processes and what they use of the machine")),
 };
 

@@ -54,6 +54,15 @@ std::optional<std::string> Source::linkName(const std::string& path)
     return std::nullopt;
 }
 
+std::optional<std::string> Source::link(const std::string& path)
+{
+    std::string target;
+    if (Attribute::readLink(path.c_str(), &target))
+        return target;
+    noteFailure({EINVAL});
+    return std::nullopt;
+}
+
 std::optional<std::string> Source::contents(const std::string& path, Silent silent)
 {
     std::string bytes;
@@ -66,10 +75,15 @@ std::optional<std::string> Source::contents(const std::string& path, Silent sile
 std::optional<std::vector<std::string>> Source::names(const std::string& path)
 {
     std::vector<std::string> names;
+    if (_nameCount > MOST_NAMES) {
+        note("has more entries than are listed", 0, path);
+        return std::nullopt;
+    }
     if (!Attribute::listNames(path.c_str(), &names)) {
         noteFailure();
         return std::nullopt;
     }
+    _nameCount += names.size();
     if (names.size() > MOST_ENTRIES && !hasRoomAfter(MOST_ENTRIES, path))
         names.resize(MOST_ENTRIES);
     return names;

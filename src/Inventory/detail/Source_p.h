@@ -34,12 +34,16 @@ public:
     static constexpr std::size_t LONGEST_TEXT = 256;
     static constexpr std::size_t MOST_ENTRIES = 16384;
     static constexpr std::size_t MOST_PROBLEMS = 256;
+    static constexpr std::size_t MOST_NAMES = 1U << 20U; ///< in all directories together
 
     /// A text file without the white space at its ends; an empty one is missing, a long one is cut and ends in "...".
     std::optional<std::string> text(const std::string& path, Silent silent = {}, std::size_t longest = LONGEST_TEXT);
     std::optional<int64> number(const std::string& path, int base = 10, Silent silent = {});
     std::optional<bool> flag(const std::string& path, Silent silent = {});
     std::optional<std::string> linkName(const std::string& path);
+
+    /// The target of a link as it stands; a file that is not a link has none.
+    std::optional<std::string> link(const std::string& path);
     std::optional<std::string> contents(const std::string& path, Silent silent = {});
 
     /// The names in a directory, as many as there are records at most.
@@ -47,10 +51,10 @@ public:
 
     /// What @p parse makes of a short text file, an optional; contents that it refuses become a problem.
     template <class Parse>
-    auto parsed(const std::string& path, Parse&& parse)
+    auto parsed(const std::string& path, Parse&& parse, Silent silent = {})
     {
         constexpr std::size_t LONGEST_FILE = 4096;
-        const auto contents = text(path, {}, LONGEST_FILE);
+        const auto contents = text(path, silent, LONGEST_FILE);
         decltype(parse(std::string_view())) result;
         if (contents)
             result = parse(std::string_view(*contents));
@@ -68,6 +72,7 @@ public:
 
 private:
     const char* _what;
+    std::size_t _nameCount = 0;
     std::vector<Problem>* _problems;
 };
 
