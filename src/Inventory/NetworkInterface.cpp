@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <map>
 
 #include <linux/if.h>
@@ -217,46 +218,60 @@ private:
     std::map<std::string, ByMetric, std::less<>> _byName;
 };
 
-/// Add what sysfs tells of an interface.
-/// @param flags the kernel's, which spare a file; live only
-void readAttributes(Source& source, std::optional<uint32> flags, NetworkInterface* interface)
+std::optional<uint32> positive(std::optional<int64> number)
 {
-    // EINVAL: there is nothing to tell while the interface is down, or by this driver.
-    const std::string directory = "/sys/class/net/" + interface->name + "/";
-    const auto positive = [](std::optional<int64> number) {
-        return number && *number > 0 && *number <= UINT32_MAX ? std::optional(static_cast<uint32>(*number))
-                                                              : std::nullopt;
-    };
-    interface->state = source.text(directory + "operstate");
-    if (!flags)
-        interface->link = source.flag(directory + "carrier", {EINVAL});
-    else if ((*flags & IFF_UP) != 0)
-        interface->link = (*flags & IFF_LOWER_UP) != 0;
-    if (interface->link != false) {
-        interface->speed = positive(source.number(directory + "speed", 10, {EINVAL}));
-        interface->duplex = source.text(directory + "duplex", {EINVAL});
-    }
-    if (interface->duplex == "unknown")
-        interface->duplex.reset();
-    interface->mtu = positive(source.number(directory + "mtu"));
-    interface->driver = source.linkName(directory + "device/driver");
-    interface->carrierChanges = source.number(directory + "carrier_changes");
-    if (!interface->mac)
-        interface->mac = source.text(directory + "address");
+    return number && *number > 0 && *number <= std::numeric_limits<uint32>::max()
+               ? std::optional(static_cast<uint32>(*number))
+               : std::nullopt;
 }
 
-NetworkInterface interfaceOf(const Network::Interface& listed)
+/// Add what sysfs alone tells of a live interface: every file costs more than all that the kernel's lists tell of it.
+void readAttributes(Source& source, const std::string& directory, NetworkInterface* interface)
+{
+    // EINVAL: there is nothing to tell while the interface is down, or by this driver.
+    interface->driver = source.linkName(directory + "device/driver");
+    if (interface->link == false)
+        return;
+    interface->speed = positive(source.number(directory + "speed", 10, {EINVAL}));
+    interface->duplex = source.text(directory + "duplex", {EINVAL});
+    if (interface->duplex == "unknown")
+        interface->duplex.reset();
+}
+
+/// Add what a live kernel has told already, and a captured tree has in sysfs.
+void readListedAttributes(Source& source, const std::string& directory, NetworkInterface* interface)
+{
+    interface->state = source.text(directory + "operstate");
+    interface->link = source.flag(directory + "carrier", {EINVAL});
+    interface->mtu = positive(source.number(directory + "mtu"));
+    interface->carrierChanges = source.number(directory + "carrier_changes");
+}
+
+NetworkInterface readInterface(Source& source, const Network::Interface& listed)
 {
     constexpr uint32 BYTES = 6;
+    const std::string directory = "/sys/class/net/" + listed.name + "/";
     NetworkInterface interface;
     interface.name = listed.name;
     interface.index = listed.index;
+    if (listed.flags) {
+        interface.state = listed.state;
+        if ((*listed.flags & IFF_UP) != 0)
+            interface.link = (*listed.flags & IFF_LOWER_UP) != 0;
+        interface.mtu = listed.mtu;
+        interface.carrierChanges = listed.carrierChanges;
+    } else {
+        readListedAttributes(source, directory, &interface);
+    }
     if (listed.macAddress)
         interface.mac = K7MacAddressFormatter(L":", false, 1, BYTES).formatAddress(*listed.macAddress).to_string();
+    else
+        interface.mac = source.text(directory + "address");
     interface.ipv4 = listed.ipv4;
     interface.ipv6 = listed.ipv6;
     interface.received = listed.received;
     interface.sent = listed.sent;
+    readAttributes(source, directory, &interface);
     return interface;
 }
 
@@ -275,9 +290,8 @@ Listing<NetworkInterface> interfaces(const std::string* name)
     for (const Network::Interface& one : listed) {
         if (name && one.name != *name)
             continue;
-        NetworkInterface interface = interfaceOf(one);
+        NetworkInterface interface = readInterface(source, one);
         gateways.tell(&interface);
-        readAttributes(source, one.flags, &interface);
         listing.records.push_back(std::move(interface));
     }
     return listing;

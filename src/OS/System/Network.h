@@ -83,6 +83,9 @@ public:
         std::optional<uint32> index;            ///< below a system root only of interfaces that have an IPv6 address
         std::optional<uint32> flags;            ///< IFF_UP and so on; live only
         std::optional<K7MacAddress> macAddress; ///< live only, and absent where hardware addresses are not six bytes
+        std::optional<std::string> state;       ///< "up", "down" and so on, as sysfs has it; live only
+        std::optional<uint32> mtu;              ///< bytes; live only
+        std::optional<uint32> carrierChanges;   ///< how often the link came or went; live only
         std::optional<Traffic> received;
         std::optional<Traffic> sent;
         std::optional<std::vector<InterfaceAddress>> ipv4; ///< in the kernel's order; live only
@@ -120,7 +123,8 @@ public:
     /// order of `/proc/net/if_inet6`, so that a captured machine shows the same first address as the live one.
     /// @param interfaces is replaced
     /// @return false when a list could not be read; @p interfaces then holds what the others told
-    /// *Source*: getifaddrs (live only), `/proc/net/dev`, `/proc/net/if_inet6`. *Cost*: one pass, whatever the number.
+    /// *Source*: the routing socket (live only), `/proc/net/dev`, `/proc/net/if_inet6`. *Cost*: one pass, whatever the
+    /// number.
     static bool listInterfaces(std::vector<Interface>* interfaces);
 
     /// List every IPv4 route of the main table, then every IPv6 route that the kernel shows, those to its own addresses

@@ -4,18 +4,17 @@
 #include "OS/System/Network.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
 #include "OS/System/Platform/Linux/detail/InterfaceParser_p.h"
+#include "OS/System/Platform/Linux/detail/NetlinkDump_p.h"
+#include "OS/System/Platform/Linux/detail/NetlinkParser_p.h"
 #include "OS/System/Platform/Linux/detail/RouteParser_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 
 #include <algorithm>
-#include <bit>
 #include <map>
-#include <memory>
 
-#include <ifaddrs.h>
+#include <linux/rtnetlink.h>
 #include <net/if.h>
-#include <netinet/in.h>
-#include <netpacket/packet.h>
+#include <sys/socket.h>
 
 namespace Kivo {
 
@@ -50,32 +49,18 @@ public:
     /// The interface of that name, which is added when it is new.
     Network::Interface& at(std::string_view name)
     {
-        if (Network::Interface* const known = find(name))
-            return *known;
+        const auto place = _places.find(name);
+        if (place != _places.end())
+            return _interfaces[place->second];
         require(_interfaces.size() < Network::MAX_INTERFACES, TOO_MANY_INTERFACES);
         _places.emplace(name, _interfaces.size());
         _interfaces.emplace_back().name = name;
         return _interfaces.back();
     }
 
-    /// The interface that an address with this label ("eth0", "eth0:1") belongs to, or null.
-    Network::Interface* ofLabel(std::string_view label)
-    {
-        Network::Interface* interface = nullptr;
-        for (; !label.empty() && !interface; label.remove_suffix(1))
-            interface = find(label);
-        return interface;
-    }
-
     Interfaces& interfaces() { return _interfaces; }
 
 private:
-    Network::Interface* find(std::string_view name)
-    {
-        const auto place = _places.find(name);
-        return place == _places.end() ? nullptr : &_interfaces[place->second];
-    }
-
     Interfaces _interfaces;
     std::map<std::string, std::size_t, std::less<>>
         _places; // not hashed: names of a captured tree may be chosen to collide
@@ -103,59 +88,49 @@ void readTraffic(InterfaceTable* table)
     requireCall(exists, "can't open the file", PATH);
 }
 
-AddressScope scopeOf(K7IPv4Address address)
+AddressScope toScopeV4(uint8 kernelScope)
 {
-    if (address.value() >> 24 == 127)
+    switch (kernelScope) {
+    case RT_SCOPE_HOST:
         return AddressScope::HOST;
-    return address.value() >> 16 == 0xA9FE ? AddressScope::LINK : AddressScope::GLOBAL; // 169.254/16
-}
-
-K7IPv4Address toIPv4(const sockaddr& address)
-{
-    K7IPv4Address result;
-    result.setNetworkValue(reinterpret_cast<const sockaddr_in&>(address).sin_addr.s_addr);
-    return result;
-}
-
-/// An entry about the interface itself: the ones without hardware addresses have no address there.
-void takeLink(const ifaddrs& entry, InterfaceTable* table)
-{
-    Network::Interface& interface = table->at(entry.ifa_name);
-    interface.flags = entry.ifa_flags;
-    interface.ipv4.emplace();
-    if (!entry.ifa_addr) {
-        if (const unsigned int index = ::if_nametoindex(entry.ifa_name))
-            interface.index = index;
-        return;
+    case RT_SCOPE_LINK:
+        return AddressScope::LINK;
+    case RT_SCOPE_SITE:
+        return AddressScope::SITE;
+    default:
+        return AddressScope::GLOBAL;
     }
-    const auto& link = reinterpret_cast<const sockaddr_ll&>(*entry.ifa_addr);
-    interface.index = static_cast<uint32>(link.sll_ifindex);
-    if (link.sll_halen == K7MacAddress::SIZE)
-        interface.macAddress = K7MacAddress(link.sll_addr);
-}
-
-void takeIPv4(const ifaddrs& entry, InterfaceTable* table)
-{
-    Network::Interface* const interface = table->ofLabel(entry.ifa_name);
-    if (!interface || !interface->ipv4)
-        return;
-    const K7IPv4Address address = toIPv4(*entry.ifa_addr);
-    const uint32 mask = entry.ifa_netmask ? toIPv4(*entry.ifa_netmask).value() : ~uint32{0};
-    interface->ipv4->push_back({address, static_cast<uint32>(std::countl_one(mask)), scopeOf(address)});
 }
 
 void readLinks(InterfaceTable* table)
 {
     if (hasSystemRoot())
         return;
-    ifaddrs* first = nullptr;
-    requireCall(::getifaddrs(&first) == 0, "getifaddrs() failed");
-    const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> owner(first, ::freeifaddrs);
-    for (const ifaddrs* entry = first; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family == AF_PACKET)
-            takeLink(*entry, table);
-        else if (entry->ifa_addr->sa_family == AF_INET)
-            takeIPv4(*entry, table);
+    std::map<uint32, std::string> names;
+    const std::string links = netlinkDump(RTM_GETLINK, AF_UNSPEC);
+    NetlinkMessages linkMessages(links);
+    for (NetlinkMessage message; linkMessages.next(&message);) {
+        auto row = message.type == RTM_NEWLINK ? parseLink(message.payload) : std::nullopt;
+        if (!row)
+            continue;
+        Network::Interface& interface = table->at(row->name);
+        interface.index = row->index;
+        interface.flags = row->flags;
+        interface.macAddress = row->macAddress;
+        interface.state = std::move(row->state);
+        interface.mtu = row->mtu;
+        interface.carrierChanges = row->carrierChanges;
+        names[row->index] = std::move(row->name);
+    }
+    const std::string addresses = netlinkDump(RTM_GETADDR, AF_INET);
+    for (Network::Interface& interface : table->interfaces())
+        interface.ipv4.emplace();
+    NetlinkMessages addressMessages(addresses);
+    for (NetlinkMessage message; addressMessages.next(&message);) {
+        const auto row = message.type == RTM_NEWADDR ? parseAddressV4(message.payload) : std::nullopt;
+        const auto name = row ? names.find(row->index) : names.end();
+        if (name != names.end())
+            table->at(name->second).ipv4->push_back({row->address, row->prefixLength, toScopeV4(row->scope)});
     }
 }
 
