@@ -97,12 +97,12 @@ Document Rates::update(const Document& now, Clock::time_point time)
             Counts counts;
             for (const Counter& counter : plan.counters) {
                 const Row* const nested = counter.field ? row[counter.column].as<Row>() : nullptr;
-                counts.push_back(!counter.field                            ? row[counter.column].number()
+                counts.push_back(!counter.field                              ? row[counter.column].number()
                                  : nested && *counter.field < nested->size() ? (*nested)[*counter.field].value.number()
                                                                              : std::nullopt);
-                values.push_back(old == before.end() ? Value()
-                                                     : rate(old->second[counts.size() - 1], counts.back(), seconds,
-                                                            counter.isPart));
+                values.push_back(old == before.end()
+                                     ? Value()
+                                     : rate(old->second[counts.size() - 1], counts.back(), seconds, counter.isPart));
             }
             counted.insert_or_assign(std::move(name), std::move(counts));
             result.data.rows.push_back(std::move(values));

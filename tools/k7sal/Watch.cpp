@@ -7,6 +7,8 @@
 #include "Rates.h"
 #include "Render.h"
 
+#include "Base/TextScanner_p.h"
+
 #include <algorithm>
 #include <iostream>
 
@@ -30,27 +32,50 @@ std::size_t roomOf(const Document& document, std::size_t height)
     return lists == 0 ? 0 : std::max<std::size_t>(1, (height - std::min(height, used)) / lists);
 }
 
-std::vector<std::string> watchableKeys()
+bool isCounter(const ColumnInfo& column)
 {
-    std::vector<std::string> keys;
-    for (const Section& section : sections())
-        keys.emplace_back(section.key);
-    return keys;
+    const std::vector<ColumnInfo> nested = column.nested ? column.nested() : std::vector<ColumnInfo>();
+    return column.has(COUNTER) || std::any_of(nested.begin(), nested.end(), isCounter);
+}
+
+bool countsSomething(const Section* section)
+{
+    const std::vector<ColumnInfo> columns = section->columns();
+    return std::any_of(columns.begin(), columns.end(), isCounter);
+}
+
+/// The named sections, or those of a report, that count something.
+Sections watchedSections(const std::vector<std::string>& keys)
+{
+    Sections watched;
+    for (const Section* const section : keys.empty() ? reportSections() : namedSections(keys))
+        if (countsSomething(section))
+            watched.push_back(section);
+        else if (!keys.empty())
+            throw CLI::ValidationError("watch", std::string(section->key) + " does not count anything");
+    return watched;
+}
+
+/// Refuses what is not a number of seconds between two looks.
+std::string checkInterval(const std::string& text)
+{
+    constexpr double SHORTEST = 0.1;
+    constexpr double LONGEST = 3600;
+    const auto seconds = Kivo::wholeNumber<double>(text);
+    return seconds && *seconds >= SHORTEST && *seconds <= LONGEST ? "" : "\"" + text + "\" is not 0.1 to 3600 seconds";
 }
 
 } // namespace
 
 void WatchOptions::declare(CLI::App& command, CLI::Option* needed)
 {
-    constexpr double SHORTEST = 0.1;
-    constexpr double LONGEST = 3600;
     CLI::Option* const options[] = {
         command.add_option("--interval", interval, "Seconds between two looks, 0.1 to 3600 (default: 1)")
             ->type_name("SECONDS")
-            ->check(CLI::Range(SHORTEST, LONGEST).description("")),
+            ->check(checkInterval),
         command.add_option("--count", count, "End after so many looks (default: when interrupted)")
             ->type_name("N")
-            ->check(CLI::PositiveNumber.description("")),
+            ->check(CLI::Range(1, 1'000'000).description("")),
     };
     for (CLI::Option* const option : options)
         if (needed)
@@ -65,11 +90,15 @@ int watch(const Session& session, const WatchOptions& options, const std::functi
     const auto interval = std::chrono::milliseconds(static_cast<int>(options.interval * 1000));
     Rates rates;
     Screen screen;
+    const auto collectNow = [&] {
+        const auto time = Rates::Clock::now();
+        return rates.update(collect(), time);
+    };
     // The first reading only gives the counters to start from.
-    Document shown = rates.update(collect(), Rates::Clock::now());
+    Document shown = collectNow();
     for (int look = 0; (options.count == 0 || look < options.count) && Interrupt::sleep(interval); ++look) {
-        shown = rates.update(collect(), Rates::Clock::now());
-        const View view{true, false, screen.redraws() ? roomOf(shown, screen.height()) : 0};
+        shown = collectNow();
+        const View view{true, Detail::USUAL, screen.redraws() ? roomOf(shown, screen.height()) : 0};
         const bool written = session.json ? (std::cout << jsonText(toJson(shown), -1) << std::endl).good()
                                           : screen.show(documentText(shown, view));
         if (!written)
@@ -85,11 +114,10 @@ void declareWatch(CLI::App& command, Session& session)
         WatchOptions watch;
     };
     const auto options = std::make_shared<Options>();
-    command.add_option("section", options->keys, "Watch these sections only")
-        ->check(CLI::IsMember(watchableKeys()).description(""));
+    command.add_option("section", options->keys, "Watch these sections only");
     options->watch.declare(command);
     command.callback([&session, options] {
-        const Sections sections = options->keys.empty() ? reportSections() : sectionsNamed(options->keys);
+        const Sections sections = watchedSections(options->keys);
         session.exitCode = watch(session, options->watch, [&] { return collectDocument(sections); });
     });
 }

@@ -14,7 +14,7 @@ struct WatchOptions {
     double interval = 1; ///< seconds between two looks
     int count = 0;       ///< how many looks; 0 until interrupted
 
-    /// @return the options' group, for a command that watches only when it is told to
+    /// @param needed the option that they need; null when the command does nothing but watch
     void declare(CLI::App& command, CLI::Option* needed = nullptr);
 };
 
