@@ -24,6 +24,9 @@ constexpr std::size_t CELL_TEXT = 4 * Table::CELL_WIDTH;
 
 bool isSize(Unit unit) { return unit == Unit::BYTES || unit == Unit::KIBIBYTES; }
 
+/// Shorter times have decimals where they were measured.
+constexpr float64 SHORT = 10;
+
 std::string numberText(float64 number, const std::string& plain, Unit unit)
 {
     switch (unit) {
@@ -32,7 +35,7 @@ std::string numberText(float64 number, const std::string& plain, Unit unit)
     case Unit::KIBIBYTES:
         return sizeText(number * 1024);
     case Unit::SECONDS:
-        return durationText(number);
+        return number > -SHORT && number < SHORT ? plain + " s" : durationText(number);
     default:
         return *symbolOf(unit) ? plain + " " + symbolOf(unit) : plain;
     }

@@ -127,6 +127,8 @@ std::string durationText(double seconds)
 {
     using Long = unsigned long long;
     constexpr double LONGEST = 1e15;
+    if (seconds < 0)
+        return "-" + durationText(-seconds);
     const auto whole = static_cast<Long>(seconds > 0 ? std::min(seconds, LONGEST) : 0);
     const Long days = whole / 86400;
     const Long hours = whole / 3600 % 24;
