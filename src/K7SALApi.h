@@ -5,3 +5,6 @@
 
 /// Marks what libK7SAL exports; everything else is hidden.
 #define K7SAL_API __attribute__((visibility("default")))
+
+/// Keeps a private part of an exported class out of the exported symbols.
+#define K7SAL_LOCAL __attribute__((visibility("hidden")))

@@ -1,17 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // The pinger against hosts that the test plays: what goes out, what is counted, who is told, and how it ends.
+#include "support/Faults.h"
 #include "support/Sandbox.h"
 #include "support/SystemTree.h"
 #include "support/TunResponder.h"
 
-#include "OS/Network/Testing/K7Pinger.h"
+#include "OS/Network/Testing/detail/PingerWorker_p.h"
 #include "Protocol/Network/K7IcmpHeader.h"
 
+#include <algorithm>
+#include <csignal>
 #include <fstream>
+#include <future>
 #include <optional>
 
+#include <pthread.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace Kivo;
 using namespace K7Test;
@@ -22,7 +29,8 @@ namespace {
 using Events = std::vector<std::string>;
 
 constexpr const char* TUN = TunResponder::INTERFACE;
-constexpr K7PingTiming QUICK{.settle = 10, .window = 200, .receive = 50, .afterError = 20, .withoutTarget = 50};
+constexpr PingTiming QUICK{.settle = 10, .window = 200, .receive = 50, .afterError = 20, .withoutTarget = 50};
+constexpr uint32 FOR_EVER = 3'600'000;
 
 std::string host(int number) { return "10.77." + std::to_string(number / 256) + "." + std::to_string(number % 256); }
 
@@ -58,22 +66,23 @@ struct Recorder final : K7PingerListener {
     }
 };
 
-/// A pinger that has no time.
+/// A pinger with shortened waits.
 struct TestPinger : K7Pinger {
-    TestPinger(Recorder& recorder, uint32 rounds, const Events& targets, const K7PingTiming& timing = QUICK,
-               uint16 firstSequenceNum = 1)
-        : K7Pinger(timing, firstSequenceNum)
+    TestPinger(K7PingerListener& listener, uint32 rounds, const Events& targets, const PingTiming& timing = QUICK)
     {
-        addListener(&recorder);
+        Worker::of(*this).rounds().timing() = timing;
+        addListener(&listener);
         setTestCount(rounds);
-        for (K7InetAddress address; const std::string& target : targets)
-            EXPECT_TRUE(address.fromString(target.c_str()) && addTarget(7, address));
+        for (K7InetAddress address; const std::string& target : targets) {
+            EXPECT_TRUE(address.fromString(target.c_str()));
+            EXPECT_TRUE(addTarget(7, address));
+        }
     }
 
     ~TestPinger() override { cleanup(); } // as every subclass of a thread has to
 };
 
-class Pinger : public testing::Test {
+class K7PingerLive : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -92,7 +101,7 @@ protected:
     /// Wait for the end of a test. @return what the listener was told since the last time
     Events finish(const K7Pinger& pinger)
     {
-        while (pinger.toString().to_string().find("\"state\" : 0") == std::string::npos)
+        while (pinger.runState() != K7_STATE_IDLE)
             std::this_thread::sleep_for(1ms);
         return std::exchange(recorder.events, {});
     }
@@ -110,7 +119,7 @@ protected:
 
 } // namespace
 
-TEST_F(Pinger, CountsWhatBecomesOfEveryEcho)
+TEST_F(K7PingerLive, CountsWhatBecomesOfEveryEcho)
 {
     const struct {
         Answer answer;
@@ -136,9 +145,10 @@ TEST_F(Pinger, CountsWhatBecomesOfEveryEcho)
     EXPECT_EQ(recorder.results[""].received(), 2U);
 }
 
-TEST_F(Pinger, SendsNumberedMessagesOf1024Bytes)
+TEST_F(K7PingerLive, SendsNumberedMessagesOf1024Bytes)
 {
-    TestPinger pinger(recorder, 2, {host(2), host(3), host(4)}, QUICK, 65532);
+    TestPinger pinger(recorder, 2, {host(2), host(3), host(4)});
+    K7Pinger::Worker::of(pinger).rounds().setSequenceNum(65532);
     const std::time_t before = std::time(nullptr);
     run(pinger);
     run(pinger);
@@ -146,7 +156,8 @@ TEST_F(Pinger, SendsNumberedMessagesOf1024Bytes)
     for (const Packet& request : network->requests()) {
         ASSERT_EQ(request.size(), 20U + 1024U);
         const K7IcmpHeader echo(&request[20], 1024);
-        EXPECT_TRUE(echo.type() == K7_ICMP_ECHO_REQUEST && echo.code() == 0);
+        EXPECT_EQ(echo.type(), K7_ICMP_ECHO_REQUEST);
+        EXPECT_EQ(echo.code(), 0);
         EXPECT_EQ(echo.calcChksum(&request[20], 1024), 0);
         EXPECT_EQ(echo.id(), static_cast<uint16>(pinger.threadId()));
         EXPECT_NEAR(echo.timeStamp1(), before + 5, 5);
@@ -157,7 +168,7 @@ TEST_F(Pinger, SendsNumberedMessagesOf1024Bytes)
     EXPECT_EQ(numbers, (std::vector<uint16>{65532, 65533, 65534, 65535, 1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(Pinger, RunsWithoutTargetsAndWithoutRounds)
+TEST_F(K7PingerLive, RunsWithoutTargetsAndWithoutRounds)
 {
     TestPinger pinger(recorder, 0, {host(2)});
     EXPECT_EQ(run(pinger), WHOLE_TEST);
@@ -167,7 +178,7 @@ TEST_F(Pinger, RunsWithoutTargetsAndWithoutRounds)
     EXPECT_TRUE(network->requests().empty());
 }
 
-TEST_F(Pinger, StartsOnlyFromIdleAndStopsFromEveryState)
+TEST_F(K7PingerLive, StartsOnlyFromIdleAndStopsFromEveryState)
 {
     TestPinger pinger(recorder, 2, {host(2)});
     pinger.stop();
@@ -190,33 +201,114 @@ TEST_F(Pinger, StartsOnlyFromIdleAndStopsFromEveryState)
     pinger.stop();
     EXPECT_EQ(finish(pinger), WHOLE_TEST);
     EXPECT_EQ(recorder.results[host(2)].received(), 2U) << "a stop lets the rounds finish";
+    K7Pinger::Worker::of(pinger).rounds().timing().step = 500;
+    begin(pinger);
+    while (pinger.runState() != K7_STATE_END)
+        std::this_thread::sleep_for(1ms);
+    pinger.stop();
+    EXPECT_EQ(finish(pinger), WHOLE_TEST) << "stopped between \"stopped\" and \"end\"";
 }
 
-TEST_F(Pinger, EndsARunningTestWithinASecond)
+TEST_F(K7PingerLive, EndsARunningTest)
 {
     for (const bool byCleanup : {true, false}) {
-        std::optional<K7Pinger> pinger(std::in_place);
-        pinger->addListener(&recorder);
-        pinger->addTarget(7, K7IPv4Address(0x0A4D0002));
+        std::optional<TestPinger> pinger(std::in_place, recorder, 1, Events{host(2)},
+                                         PingTiming{.settle = 10, .window = FOR_EVER});
         begin(*pinger);
         network->requests(byCleanup ? 1 : 2);
-        const auto beginning = std::chrono::steady_clock::now();
         byCleanup ? pinger->cleanup() : pinger.reset();
-        EXPECT_LT(std::chrono::steady_clock::now() - beginning, 1s);
         EXPECT_EQ(std::exchange(recorder.events, {}), Events{"begin"});
         EXPECT_EQ(openDescriptors(), descriptors);
     }
 }
 
-TEST_F(Pinger, CanBeCleanedUpFromACallback)
+TEST_F(K7PingerLive, FinishesARunningTestWithWhatWasMade)
+{
+    network->answer(host(3), {.copies = 0});
+    TestPinger pinger(recorder, 5, {host(2), host(3)}, {.settle = 10, .window = FOR_EVER, .receive = 50});
+    begin(pinger);
+    while (pinger.results()[host(2).c_str()].received() == 0)
+        std::this_thread::sleep_for(1ms);
+    pinger.finish();
+    EXPECT_EQ(finish(pinger), (Events{"begin", host(2), host(3), "stopped", "end"}));
+    EXPECT_EQ(recorder.results[host(2)].status(), K7_PING_STATUS_GREAT);
+    EXPECT_EQ(recorder.results[host(3)].packetLoss(), 1U);
+    EXPECT_EQ(recorder.results[host(3)].sysError(), 0U);
+    EXPECT_TRUE(pinger.results().empty());
+
+    K7Pinger::Worker::of(pinger).rounds().timing().settle = FOR_EVER;
+    begin(pinger);
+    pinger.finish();
+    finish(pinger);
+    EXPECT_EQ(recorder.results[host(2)].status(), K7_PING_STATUS_UNKNOWN) << "finished before the first round";
+}
+
+TEST_F(K7PingerLive, TellsItsStateAndResultsWhileAListenerIsCalled)
+{
+    TestPinger pinger(recorder, 2, {host(2)});
+    recorder.onEvent = [&](const std::string& event) {
+        EXPECT_EQ(std::async(&K7Pinger::runState, &pinger).get() == K7_STATE_BEGIN, event == "begin");
+        EXPECT_EQ(std::async(&K7Pinger::results, &pinger).get()[host(2).c_str()].received(),
+                  event == host(2) ? 2U : 0U);
+    };
+    EXPECT_EQ(run(pinger), WHOLE_TEST);
+}
+
+TEST_F(K7PingerLive, CanBeCleanedUpAndStartedAgainFromACallback)
 {
     TestPinger pinger(recorder, 1, {host(2)});
     recorder.onEvent = [&](const std::string&) { pinger.cleanup(); };
     for (int round = 0; round < 3; ++round)
         EXPECT_EQ(run(pinger), Events{"begin"}); // its init() waits for the worker that the last cleanup has left
+    for (const std::string& moment : WHOLE_TEST) {
+        bool isFirst = true;
+        recorder.onEvent = [&](const std::string& event) {
+            if (event != moment || !std::exchange(isFirst, false))
+                return;
+            pinger.cleanup();
+            EXPECT_TRUE(pinger.init(TUN));
+            EXPECT_TRUE(pinger.start());
+        };
+        Events expected(WHOLE_TEST.begin(), std::find(WHOLE_TEST.begin(), WHOLE_TEST.end(), moment) + 1);
+        expected.insert(expected.end(), WHOLE_TEST.begin(), WHOLE_TEST.end());
+        EXPECT_EQ(run(pinger), expected);
+    }
 }
 
-TEST_F(Pinger, LetsListenersChangeTheListAndThrow)
+TEST_F(K7PingerLive, CanBeStartedAndEndedByTwoThreadsAtOnce)
+{
+    TestPinger pinger(recorder, 1, {host(2)});
+    std::atomic<bool> isDone = false;
+    std::thread starter([&] {
+        while (!isDone)
+            pinger.init(TUN);
+    });
+    for (int round = 0; round < 15; ++round)
+        pinger.cleanup();
+    isDone = true;
+    starter.join();
+    EXPECT_EQ(run(pinger), WHOLE_TEST);
+}
+
+TEST_F(K7PingerLive, TellsThatItGetsNoThread)
+{
+    pthread_attr_t before;
+    pthread_attr_t huge;
+    ASSERT_EQ(::pthread_getattr_default_np(&before), 0);
+    ASSERT_EQ(::pthread_getattr_default_np(&huge), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&huge, std::size_t{1} << 50), 0);
+    TestPinger pinger(recorder, 1, {host(2)});
+    ASSERT_EQ(::pthread_setattr_default_np(&huge), 0);
+    begin(pinger);
+    EXPECT_FALSE(pinger.isRunning());
+    EXPECT_EQ(pinger.testFailure().operation, L"K7Pinger::init");
+    ASSERT_EQ(::pthread_setattr_default_np(&before), 0);
+    EXPECT_TRUE(pinger.init(TUN));
+    EXPECT_EQ(finish(pinger), WHOLE_TEST);
+    EXPECT_EQ(pinger.testFailure().operation, L"");
+}
+
+TEST_F(K7PingerLive, LetsListenersChangeTheListAndThrow)
 {
     TestPinger pinger(recorder, 1, {});
     std::string log;
@@ -238,7 +330,7 @@ TEST_F(Pinger, LetsListenersChangeTheListAndThrow)
     EXPECT_EQ(log, "sctllllacllac");
 }
 
-TEST_F(Pinger, GradesWhatItCannotSendAndSaysWhy)
+TEST_F(K7PingerLive, GradesWhatItCannotSendAndSaysWhy)
 {
     TestPinger pinger(recorder, 2, {"fe80::1", host(2)});
     for (const char* name : {"k7none0", "", "tun0-with-a-name-too-long", TUN}) {
@@ -255,10 +347,11 @@ TEST_F(Pinger, GradesWhatItCannotSendAndSaysWhy)
     run(pinger);
     ::setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(pinger.testFailure().reason, L"SocketApiWrapper::createRawSocket");
+    EXPECT_EQ(pinger.testFailure().subject, TUN);
     EXPECT_EQ(recorder.results[host(2)].sysError(), 2U);
 }
 
-TEST_F(Pinger, SurvivesAnInterfaceThatGoesDuringATest)
+TEST_F(K7PingerLive, SurvivesAnInterfaceThatGoesDuringATest)
 {
     TestPinger pinger(recorder, 5, {host(2)});
     begin(pinger);
@@ -266,12 +359,13 @@ TEST_F(Pinger, SurvivesAnInterfaceThatGoesDuringATest)
     network->vanish();
     EXPECT_EQ(finish(pinger), WHOLE_TEST);
     const K7PingResult& result = recorder.results[host(2)];
-    EXPECT_TRUE(result.transmitted() >= 1 && result.sysError() == 5 - result.transmitted());
+    EXPECT_GE(result.transmitted(), 1U);
+    EXPECT_EQ(result.sysError(), 5 - result.transmitted());
     EXPECT_FALSE(pinger.testFailure().reason.isEmpty());
     EXPECT_EQ(openDescriptors(), descriptors - 1);
 }
 
-TEST_F(Pinger, LosesNoReplyOf500TargetsInAFlood)
+TEST_F(K7PingerLive, LosesNoReplyOf500TargetsInAFlood)
 {
     int largest = 0;
     std::ifstream("/proc/sys/net/core/rmem_max") >> largest;
@@ -287,4 +381,96 @@ TEST_F(Pinger, LosesNoReplyOf500TargetsInAFlood)
     recorder.results.erase("");
     for (const auto& [address, result] : recorder.results)
         EXPECT_EQ(result.received(), address == host(2) ? 0U : 2U) << address;
+}
+
+TEST_F(K7PingerLive, KeepsRepliesWhenALaterTargetCannotBeSentTo)
+{
+    const std::string unsendable = "fe80::1";
+    TestPinger local(recorder, 2, {"127.0.0.1", unsendable});
+    run(local, "lo"); // where the echo and its reply wait in the socket before the next echo is sent
+    EXPECT_EQ(recorder.results["127.0.0.1"].received(), 4U);
+
+    network->answer(host(2), {.delay = 50ms});
+    TestPinger remote(recorder, 1, {host(2), unsendable}, {.settle = 10, .window = 100, .afterError = 1500});
+    run(remote);
+    EXPECT_EQ(remote.testFailure().subject, unsendable.c_str());
+    EXPECT_EQ(recorder.results[host(2)].received(), 1U);
+    EXPECT_LT(recorder.results[host(2)].rttMax(), 1000.0F) << "timed at the end of the pause";
+}
+
+TEST_F(K7PingerLive, TimesRepliesByTheirArrival)
+{
+    network->answer(host(2), {.delay = 100ms});
+    TestPinger pinger(recorder, 1, {host(2)}, {.settle = 10, .window = 2000});
+    std::signal(SIGUSR1, [](int) {
+        constexpr timespec LONG_AFTER_THE_REPLY{1, 500'000'000};
+        ::nanosleep(&LONG_AFTER_THE_REPLY, nullptr);
+    });
+    begin(pinger);
+    network->requests(1);
+    ::syscall(SYS_tgkill, ::getpid(), pinger.threadId(), SIGUSR1);
+    finish(pinger);
+    EXPECT_GE(recorder.results[host(2)].rttMin(), 100.0F);
+    EXPECT_LT(recorder.results[host(2)].rttMax(), 1000.0F);
+}
+
+TEST_F(K7PingerLive, TakesNoNoticeOfTheClockBeingSet)
+{
+    network->answer(host(2), {.delay = 100ms});
+    TestPinger pinger(recorder, 2, {host(2)}, {.settle = 10, .window = 500, .receive = 50});
+    begin(pinger);
+    network->requests(1);
+    setClockBy(5s);
+    network->requests(2);
+    setClockBy(-3600s);
+    finish(pinger);
+    EXPECT_EQ(recorder.results[host(2)].received(), 2U);
+    EXPECT_GE(recorder.results[host(2)].rttMin(), 100.0F);
+    EXPECT_LT(recorder.results[host(2)].rttMax(), 2000.0F);
+}
+
+TEST_F(K7PingerLive, KeepsAtMost4096SendersThatAreNoTargets)
+{
+    network->answer(host(3), {.copies = 5000, .from = "10.77.16.0", .fromMany = true});
+    TestPinger pinger(recorder, 1, {host(2), host(3)}, {.settle = 10, .window = 1000});
+    const Events events = run(pinger);
+    EXPECT_EQ(std::count(events.begin(), events.end(), ""), 4096);
+    EXPECT_EQ(recorder.results[host(2)].received(), 1U);
+    EXPECT_EQ(pinger.testFailure().reason.find(L"left out 904 messages", 0), 0U)
+        << pinger.testFailure().reason.to_string();
+}
+
+TEST_F(K7PingerLive, PausesOnceARoundWhenTheInterfaceCannotSend)
+{
+    Events targets;
+    for (int i = 2; i < 22; ++i)
+        targets.push_back(host(i));
+    ASSERT_EQ(std::system("ip link set tun0 down"), 0);
+    TestPinger pinger(recorder, 1, targets, {.settle = 10, .window = 10, .afterError = 1000});
+    const auto beginning = std::chrono::steady_clock::now();
+    run(pinger);
+    EXPECT_LT(std::chrono::steady_clock::now() - beginning, 10s) << "a pause for each of 20 targets takes 20 s";
+    EXPECT_EQ(recorder.results[host(21)].sysError(), 1U);
+    EXPECT_EQ(pinger.testFailure().errorCode, ENETUNREACH);
+}
+
+TEST_F(K7PingerLive, CompletesTheCycleWhenMemoryRunsOut)
+{
+    struct Counter final : K7PingerListener {
+        std::vector<int> calls = std::vector<int>(3);
+        bool isActive() override { return true; }
+        void onPingBegin() override { ++calls[0]; }
+        void onPingResult(const J3Time&, const K7PingResult&) override { throw std::runtime_error("not handled"); }
+        void onPingStopped() override { ++calls[1]; }
+        void onPingEnd() override { ++calls[2]; }
+    } counter;
+    TestPinger pinger(counter, 1, {host(2), "fe80::1"});
+    for (const int interval : {1, 2, 3, 5, 8, 13, 21, 34}) {
+        pinger.init(TUN);
+        failAllocations(pinger.threadId(), interval);
+        pinger.start();
+        finish(pinger);
+        failAllocations(0, 0);
+        EXPECT_EQ(std::exchange(counter.calls, {0, 0, 0}), (std::vector{1, 1, 1})) << interval;
+    }
 }

@@ -55,6 +55,16 @@ Packet answerTo(const Packet& request, const Answer& answer)
     return packet;
 }
 
+/// Let a packet come from the address after its own.
+void moveSender(Packet* packet)
+{
+    K7IPv4Header header(packet->data(), IP_SIZE);
+    header.setSourceIp(htonl(ntohl(header.srcIp()) + 1));
+    Packet moved;
+    header.compileTo(&moved);
+    std::copy(moved.begin(), moved.end(), packet->begin());
+}
+
 } // namespace
 
 TunResponder::TunResponder() : _fd(::open("/dev/net/tun", O_RDWR | O_CLOEXEC | O_NONBLOCK))
@@ -110,17 +120,19 @@ void TunResponder::take(const Packet& request)
     _requests.push_back(request);
     const Answer& answer = _answers[K7IPv4Header(request.data(), IP_SIZE).dstIp()];
     if (answer.copies > 0)
-        _due.emplace(Clock::now() + answer.delay, std::pair(answerTo(request, answer), answer.copies));
+        _due.emplace(Clock::now() + answer.delay, Due{answerTo(request, answer), answer.copies, answer.fromMany});
 }
 
 void TunResponder::sendWhatIsDue()
 {
     for (const auto now = Clock::now(); !_due.empty() && _due.begin()->first <= now;) {
         auto next = _due.extract(_due.begin());
-        auto& [packet, copies] = next.mapped();
+        auto& [packet, copies, fromMany] = next.mapped();
         while (::write(_fd, packet.data(), packet.size()) < 0 && errno == EAGAIN)
             std::this_thread::yield();
         if (--copies > 0) {
+            if (fromMany)
+                moveSender(&packet);
             next.key() += std::chrono::microseconds(50);
             _due.insert(std::move(next));
         }

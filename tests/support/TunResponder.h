@@ -30,6 +30,7 @@ struct Answer {
     std::chrono::milliseconds delay{0};
     int copies = 1;        ///< 20,000 a second
     std::string from = {}; ///< the answering address; empty for the one asked
+    bool fromMany = false; ///< whether each copy comes from the address after that of the one before
 };
 
 /// The interface "tun0", 10.77.0.1, and every other host of 10.77.0.0/16, played by a thread. Needs to be root of the
@@ -54,14 +55,20 @@ public:
     void vanish();
 
 private:
+    struct Due {
+        Packet packet;
+        int copies;
+        bool fromMany;
+    };
+
     void run();
     void take(const Packet& request);
     void sendWhatIsDue();
 
     int _fd;
     std::atomic<bool> _quit = false;
-    std::multimap<std::chrono::steady_clock::time_point, std::pair<Packet, int>> _due; ///< with the copies to send
-    std::mutex _mutex;                                                                 ///< guards the two below
+    std::multimap<std::chrono::steady_clock::time_point, Due> _due;
+    std::mutex _mutex; ///< guards the two below
     std::map<std::uint32_t, Answer> _answers;
     std::vector<Packet> _requests;
     std::thread _thread;

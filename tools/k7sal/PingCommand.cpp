@@ -254,10 +254,9 @@ std::size_t printState(const std::string& state, double elapsed, double total, c
 }
 
 /// Redraws the state of the test in place until it ends or the user interrupts it. @return whether it has ended
-bool followTest(Results& results, const PingOptions& options, const std::vector<Target>& targets, bool live)
+bool followTest(Results& results, const K7Pinger& pinger, const std::vector<Target>& targets, bool live)
 {
-    const K7PingTiming timing;
-    const double total = (timing.settle + static_cast<double>(timing.window) * options.rounds) / 1000;
+    const double total = pinger.expectedDuration() / 1000.0;
     const Clock::time_point begin = Clock::now();
     std::size_t linesShown = 0;
     const auto erase = [&] {
@@ -312,8 +311,10 @@ int ping(const Session& session, PingOptions options)
         pinger.addTarget(target.channel, target.address);
     pinger.addListener(&results);
     pinger.init(options.interface.c_str());
+    if (!pinger.isRunning())
+        return failed("ping", "the system gives no thread", pinger.testFailure().errorCode);
     pinger.start();
-    const bool ended = followTest(results, options, targets, onTerminal() && !session.json);
+    const bool ended = followTest(results, pinger, targets, onTerminal() && !session.json);
     pinger.cleanup();
 
     const std::vector<K7PingResult> graded = inOrder(results.all());

@@ -27,7 +27,7 @@ public:
     /// commas between.
     [[nodiscard]] J3String toString() const override;
 
-    /// The grade in words; "Unknown Status" for a number that is no K7PingStatus.
+    /// The grade in words; "Unknown Status" for a number that is not a K7PingStatus.
     [[nodiscard]] static J3String statusDescription(uint32 status);
 
     [[nodiscard]] const K7PingTarget& target() const { return _target; }
@@ -46,14 +46,16 @@ public:
 
     [[nodiscard]] uint32 packetLoss() const { return _packetLoss; } ///< echoes lost
 
-    // Round-trip times in milliseconds; NO_SAMPLE while there is none.
-    static constexpr float32 NO_SAMPLE = -1.0F;
+    static constexpr float32 NO_SAMPLE = -1.0F; ///< a round-trip time while there was no reply
 
+    /// Round-trip times in milliseconds, or NO_SAMPLE. The average is a running mean that weights later replies more.
+    /// @{
     [[nodiscard]] float32 rttMin() const { return _rttMin; }
 
-    [[nodiscard]] float32 rttAvg() const { return _rttAvg; } ///< running mean that weights later replies more
+    [[nodiscard]] float32 rttAvg() const { return _rttAvg; }
 
     [[nodiscard]] float32 rttMax() const { return _rttMax; }
+    /// @}
 
     void setTarget(const K7PingTarget& target) { _target = target; }
 

@@ -11,8 +11,9 @@ namespace Kivo {
 /// Told of what a K7Pinger does. The pinger never deletes a listener.
 ///
 /// *Threads*: every operation is called on the pinger's worker thread, which holds the listeners' lock meanwhile. A
-/// listener may add and remove listeners, itself too, and may call start(), stop() and cleanup(). What it throws is
-/// reported to the pinger's exception notifications (J3Object) and reaches nobody else.
+/// listener may call every operation of the pinger, but must not delete it, nor wait for another thread that ends it or
+/// changes its listeners. What a listener throws is reported to the pinger's exception notifications (J3Object) and
+/// reaches nobody else.
 class K7SAL_API K7PingerListener {
 public:
     /// Whether the listener wants to be told; asked before every one of the calls below.
