@@ -71,8 +71,8 @@ int SocketApiWrapper::recvFrom(int fd, char* buffer, int capacity, SocketAddress
         message.msg_namelen = sizeof(sender);
         message.msg_iov = &room;
         message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof(control);
+        message.msg_control = stamp ? control : nullptr;
+        message.msg_controllen = stamp ? sizeof(control) : 0;
         return recvmsg(fd, &message, wait ? 0 : MSG_DONTWAIT);
     });
     if (received < 0)
