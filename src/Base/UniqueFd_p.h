@@ -14,7 +14,7 @@
 
 namespace Kivo {
 
-/// Closes its descriptor when it goes; -1 is none.
+/// Closes its descriptor when it goes, keeping errno; -1 is none.
 class UniqueFd {
 public:
     explicit UniqueFd(int fd = -1) noexcept : _fd(fd) {}
@@ -26,8 +26,11 @@ public:
     }
     ~UniqueFd()
     {
-        if (_fd >= 0)
-            ::close(_fd);
+        if (_fd < 0)
+            return;
+        const int before = errno;
+        ::close(_fd); // never retried: Linux frees the descriptor even when a signal interrupts
+        errno = before;
     }
 
     explicit operator bool() const noexcept { return _fd >= 0; }

@@ -3,8 +3,9 @@
 // Trace of failed system calls.
 #include "Core/K7SystemError.h"
 
-#include <atomic>
-#include <cerrno>
+#include "Base/HandlerSlot_p.h"
+#include "Base/UniqueFd_p.h"
+
 #include <cstring>
 
 #include <unistd.h>
@@ -12,7 +13,7 @@
 namespace Kivo {
 namespace {
 
-std::atomic<K7SystemError::Handler> s_handler{nullptr};
+constinit HandlerSlot<const J3String&, int> s_handler;
 
 /// One write, so that the lines of several threads do not mix.
 void writeLine(const J3String& tag, int errorCode)
@@ -21,8 +22,7 @@ void writeLine(const J3String& tag, int errorCode)
     const char* reason = strerrordesc_np(errorCode);
     const std::string line =
         J3String().format(L"%@: %s (errno %d)\n", &tag, reason ? reason : "unknown error", errorCode).to_string();
-    while (write(STDERR_FILENO, line.data(), line.size()) < 0 && errno == EINTR) {
-    }
+    retried([&] { return write(STDERR_FILENO, line.data(), line.size()); });
     errno = before;
 }
 
@@ -30,10 +30,12 @@ void writeLine(const J3String& tag, int errorCode)
 
 void K7SystemError::trace(const J3String& tag, int errorCode)
 {
-    const Handler handler = s_handler.load();
-    (handler ? handler : writeLine)(tag, errorCode);
+    if (!s_handler.call(tag, errorCode))
+        writeLine(tag, errorCode);
 }
 
-K7SystemError::Handler K7SystemError::setHandler(Handler handler) { return s_handler.exchange(handler); }
+K7SystemError::Handler K7SystemError::setHandler(Handler handler) { return s_handler.set(handler); }
+
+void K7SystemError::setHandler(ContextHandler handler, void* context) { s_handler.set(handler, context); }
 
 } // namespace Kivo

@@ -3,7 +3,9 @@
 // Owned socket of one kind.
 #include "Core/NetworkChannel.h"
 
-#include <cerrno>
+#include "Base/UniqueFd_p.h"
+
+#include <utility>
 
 #include <net/if.h>
 #include <sys/socket.h>
@@ -15,13 +17,14 @@ NetworkChannel::~NetworkChannel() { close(false); }
 bool NetworkChannel::open(int family)
 {
     close(false);
-    _fd = socket(family, _socketType | SOCK_CLOEXEC, 0);
-    if (isOpen() && !_interfaceName.isEmpty() && !bindToInterface())
-        close(false);
-    return isOpen();
+    UniqueFd opened(socket(family, _socketType | SOCK_CLOEXEC, 0));
+    if (!opened || (!_interfaceName.isEmpty() && !bindToInterface(opened.get())))
+        return false;
+    _fd = opened.release();
+    return true;
 }
 
-bool NetworkChannel::bindToInterface() const
+bool NetworkChannel::bindToInterface(int fd) const
 {
     const std::string name = _interfaceName.to_string();
     // The kernel would cut such a name and might find another interface.
@@ -29,17 +32,16 @@ bool NetworkChannel::bindToInterface() const
         errno = ENODEV;
         return false;
     }
-    return setsockopt(_fd, SOL_SOCKET, SO_BINDTODEVICE, name.c_str(), static_cast<socklen_t>(name.size() + 1)) == 0;
+    return setsockopt(fd, SOL_SOCKET, SO_BINDTODEVICE, name.c_str(), static_cast<socklen_t>(name.size() + 1)) == 0;
 }
 
 void NetworkChannel::close(bool shutDown)
 {
+    const UniqueFd closed(std::exchange(_fd, SocketApiWrapper::INVALID_FD));
     const int before = errno;
-    if (shutDown && isOpen())
-        shutdown(_fd, SHUT_RDWR);
+    if (shutDown && closed)
+        shutdown(closed.get(), SHUT_RDWR);
     errno = before;
-    SocketApiWrapper::closeSocket(_fd);
-    _fd = SocketApiWrapper::INVALID_FD;
 }
 
 } // namespace Kivo

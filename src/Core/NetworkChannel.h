@@ -39,7 +39,7 @@ protected:
     explicit NetworkChannel(int socketType) : _socketType(socketType) {}
 
 private:
-    bool bindToInterface() const;
+    bool bindToInterface(int fd) const;
 
     int _socketType;
     int _fd = SocketApiWrapper::INVALID_FD;

@@ -39,14 +39,7 @@ int SocketApiWrapper::createRawSocket(int protocol)
     return protocol == RAW_ICMP ? socket(AF_INET, SOCK_RAW | SOCK_CLOEXEC, IPPROTO_ICMP) : failWith(EPROTONOSUPPORT);
 }
 
-void SocketApiWrapper::closeSocket(int fd)
-{
-    if (fd == INVALID_FD)
-        return;
-    const int before = errno;
-    close(fd);
-    errno = before;
-}
+void SocketApiWrapper::closeSocket(int fd) { const UniqueFd closed(fd); }
 
 int SocketApiWrapper::sendTo(int fd, const char* data, int length, const SocketAddress& address)
 {

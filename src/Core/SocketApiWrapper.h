@@ -7,7 +7,7 @@
 
 namespace Kivo {
 
-/// The system's socket calls on bare descriptors. A call that a signal interrupts is made again; a failure leaves its
+/// The system's socket calls on bare descriptors. A call that a signal interrupts is retried; a failure leaves its
 /// reason in errno.
 /// *Threads*: any number at once.
 class K7CORE_API SocketApiWrapper {

@@ -3,10 +3,11 @@
 // TCP connection.
 #include "Core/SocketChannel.h"
 
+#include "Base/UniqueFd_p.h"
+
 #include <climits>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 
 #include <fcntl.h>
@@ -23,12 +24,11 @@ bool waitForConnection(int fd, int64 milliseconds)
     using namespace std::chrono;
     const auto start = steady_clock::now();
     pollfd request{fd, POLLOUT, 0};
-    int ready;
-    do {
+    const int ready = retried([&] {
         const int64 passed = duration_cast<std::chrono::milliseconds>(steady_clock::now() - start).count();
         const int64 left = std::clamp<int64>(milliseconds - passed, 0, INT_MAX);
-        ready = poll(&request, 1, milliseconds == NO_LIMIT ? -1 : static_cast<int>(left));
-    } while (ready < 0 && errno == EINTR);
+        return poll(&request, 1, milliseconds == NO_LIMIT ? -1 : static_cast<int>(left));
+    });
     if (ready == 0)
         errno = ETIMEDOUT;
     if (ready <= 0)

@@ -3,9 +3,10 @@
 // Report of a violated precondition.
 #include "Foundation/J3Assert.h"
 
+#include "Base/HandlerSlot_p.h"
+#include "Base/UniqueFd_p.h"
+
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 
 #include <unistd.h>
 
@@ -13,7 +14,7 @@ namespace Kivo {
 namespace {
 
 // Constant-initialised, so that a static initialiser may already assert.
-constinit std::atomic<J3AssertFunc::Handler> currentHandler{nullptr};
+constinit HandlerSlot<const J3String&, const J3String&, const J3String&, const J3String&, int> s_handler;
 constexpr J3AssertFunc REPORTER{};
 
 // In one write, so that the lines of several threads and processes stay whole; what cannot be written is lost.
@@ -27,8 +28,7 @@ void reportOnStandardError(const J3String& expression, const J3String& message, 
     std::replace_if(
         bytes.begin(), bytes.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     bytes += '\n';
-    while (write(STDERR_FILENO, bytes.data(), bytes.size()) < 0 && errno == EINTR) {
-    }
+    retried([&] { return write(STDERR_FILENO, bytes.data(), bytes.size()); });
     errno = errorBefore;
 }
 
@@ -37,11 +37,13 @@ void reportOnStandardError(const J3String& expression, const J3String& message, 
 void J3AssertFunc::operator()(const J3String& expression, const J3String& message, const J3String& function,
                               const J3String& path, int line) const
 {
-    const Handler handler = currentHandler.load();
-    (handler ? handler : reportOnStandardError)(expression, message, function, path, line);
+    if (!s_handler.call(expression, message, function, path, line))
+        reportOnStandardError(expression, message, function, path, line);
 }
 
-J3AssertFunc::Handler J3AssertFunc::setHandler(Handler handler) { return currentHandler.exchange(handler); }
+J3AssertFunc::Handler J3AssertFunc::setHandler(Handler handler) { return s_handler.set(handler); }
+
+void J3AssertFunc::setHandler(ContextHandler handler, void* context) { s_handler.set(handler, context); }
 
 constinit const J3AssertFunc& j3assertFunc = REPORTER;
 

@@ -14,6 +14,10 @@ public:
     using Handler = void (*)(const J3String& expression, const J3String& message, const J3String& function,
                              const J3String& path, int line);
 
+    /// The same with a pointer of the host's own before them.
+    using ContextHandler = void (*)(void* context, const J3String& expression, const J3String& message,
+                                    const J3String& function, const J3String& path, int line);
+
     /// Report one violated precondition.
     /// @param expression the condition as written, "dest"
     /// @param message    what is wrong, "dest is Null!"
@@ -24,9 +28,12 @@ public:
                     int line) const;
 
     /// Replace what a report does; null brings back the default, one line on standard error.
-    /// @return the handler that was replaced, null for the default
+    /// @return the handler that was replaced, null for the default and for one with a context
     /// *Threads*: safe at any time; a report under way may still reach the old handler.
     static Handler setHandler(Handler handler);
+
+    /// The same with a handler that is given @p context, which must outlive every report.
+    static void setHandler(ContextHandler handler, void* context);
 };
 
 J3_API extern const J3AssertFunc& j3assertFunc;

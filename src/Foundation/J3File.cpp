@@ -3,7 +3,8 @@
 // A file that is closed with its object.
 #include "Foundation/J3File.h"
 
-#include <cerrno>
+#include "Base/UniqueFd_p.h"
+
 #include <utility>
 
 #include <fcntl.h>
@@ -13,15 +14,6 @@
 namespace Kivo {
 
 namespace {
-
-template <class Call>
-auto uninterrupted(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
 
 bool isDirectory(int descriptor)
 {
@@ -51,12 +43,15 @@ bool J3File::open(const J3String& path, Mode mode)
         return false;
     }
     const std::string name = path.to_string();
-    _descriptor = uninterrupted([&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC); });
-    if (isOpen() && isDirectory(_descriptor)) {
-        close();
+    UniqueFd opened(retried([&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC); }));
+    if (!opened)
+        return false;
+    if (isDirectory(opened.get())) {
         errno = EISDIR;
+        return false;
     }
-    return isOpen();
+    _descriptor = opened.release();
+    return true;
 }
 
 uint32 J3File::read(void* out, uint32 count)
@@ -64,7 +59,7 @@ uint32 J3File::read(void* out, uint32 count)
     auto* const bytes = static_cast<uint8*>(out);
     uint32 done = 0;
     while (isOpen() && done < count) {
-        const ssize_t got = uninterrupted([&] { return ::read(_descriptor, bytes + done, count - done); });
+        const ssize_t got = retried([&] { return ::read(_descriptor, bytes + done, count - done); });
         if (got <= 0)
             break;
         done += static_cast<uint32>(got);
@@ -72,10 +67,6 @@ uint32 J3File::read(void* out, uint32 count)
     return done;
 }
 
-void J3File::close()
-{
-    if (isOpen())
-        ::close(std::exchange(_descriptor, -1)); // never made again: Linux frees the descriptor even when interrupted
-}
+void J3File::close() { const UniqueFd closed(std::exchange(_descriptor, -1)); }
 
 } // namespace Kivo

@@ -7,7 +7,7 @@
 
 namespace Kivo {
 
-/// An open file; the object owns it and closes it. A call that a signal interrupts is made again.
+/// An open file; the object owns it and closes it. A call that a signal interrupts is retried.
 class J3_API J3File {
 public:
     enum Mode {
