@@ -3,11 +3,12 @@
 // A thread with a name, a place among the processors and hooks along its life.
 #include "Foundation/J3Thread.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <exception>
+#include <new>
 
-#include <pthread.h>
+#include <cxxabi.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -15,21 +16,21 @@ namespace Kivo {
 
 namespace {
 
-thread_local const J3Thread* t_self = nullptr;
+constinit thread_local J3Thread* t_self = nullptr;
 
-/// Show @p name in the kernel's tables, which have room for 15 bytes; no character is cut in two.
-void nameCallingThread(const J3String& name)
+// How many forks lie between the first process and this one.
+constinit std::atomic<uint32> s_forks{0};
+
+/// What the kernel's tables show of @p name: its first 15 bytes, no character cut in two.
+std::array<char, 16> kernelNameOf(const J3String& name)
 {
-    std::string text = name.to_string();
-    if (text.empty())
-        return;
-    if (text.size() > 15) {
-        std::size_t end = 15;
-        while (end > 0 && (static_cast<uint8>(text[end]) & 0xC0) == 0x80)
-            --end;
-        text.resize(end);
-    }
-    pthread_setname_np(pthread_self(), text.c_str());
+    const std::string text = name.to_string();
+    std::size_t end = std::min<std::size_t>(text.size(), 15);
+    while (end > 0 && end < text.size() && (static_cast<uint8>(text[end]) & 0xC0) == 0x80)
+        --end;
+    std::array<char, 16> shown{};
+    std::copy_n(text.begin(), end, shown.begin());
+    return shown;
 }
 
 int kernelPolicy(J3Thread::Policy policy)
@@ -47,7 +48,9 @@ int kernelPolicy(J3Thread::Policy policy)
 
 } // namespace
 
-J3Thread::J3Thread(const J3String& name, J3ThreadManager* manager) : _name(name), _manager(manager) {}
+J3Thread::J3Thread(const J3String& name, J3ThreadManager* manager)
+    : _name(name), _kernelName(kernelNameOf(name)), _manager(manager), _forks(s_forks.load())
+{}
 
 J3Thread::~J3Thread()
 {
@@ -56,27 +59,35 @@ J3Thread::~J3Thread()
 }
 
 bool J3Thread::run(bool wait)
-{
+try {
+    watchForks();
+    if (isOfParent())
+        becomeChilds();
     if (_state != State::STOPPED || t_self == this)
         return false;
     {
         const std::lock_guard guard(_handleMutex);
         if (_state != State::STOPPED)
             return false;
-        if (_handle.joinable())
-            _handle.join();
+        if (_handle)
+            pthread_join(*_handle, nullptr);
+        _handle.reset();
+        if (_manager)
+            _managerEntry = J3ThreadManager::makeEntry(this);
         _quitRequested = false;
         _state = State::STARTING;
-        try {
-            _handle = std::thread(&J3Thread::main, this);
-        } catch (const std::exception&) { // no thread, or no memory for one
+        pthread_t handle{};
+        if (pthread_create(&handle, nullptr, &J3Thread::entry, this) != 0) {
             setState(State::STOPPED);
             return false;
         }
+        _handle = handle;
     }
     if (wait)
         _state.wait(State::STARTING);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 void J3Thread::quit()
@@ -87,15 +98,18 @@ void J3Thread::quit()
 
 void J3Thread::join()
 {
-    if (t_self == this)
+    if (t_self == this || isOfParent())
         return;
     const std::lock_guard guard(_handleMutex);
-    if (_handle.joinable())
-        _handle.join();
+    if (_handle)
+        pthread_join(*_handle, nullptr);
+    _handle.reset();
 }
 
 void J3Thread::setPolicy(Policy policy, uint32 priority)
 {
+    if (isOfParent())
+        becomeChilds();
     const std::lock_guard guard(_schedulingMutex);
     _scheduling = Scheduling{policy, priority};
     if (_threadId != 0)
@@ -104,6 +118,8 @@ void J3Thread::setPolicy(Policy policy, uint32 priority)
 
 void J3Thread::setAffinityMask(uint32 mask)
 {
+    if (isOfParent())
+        becomeChilds();
     const std::lock_guard guard(_schedulingMutex);
     _affinityMask = mask;
     if (_threadId != 0)
@@ -129,38 +145,98 @@ void J3Thread::finished() {}
 
 void J3Thread::terminated() {}
 
+void* J3Thread::entry(void* self)
+{
+    static_cast<J3Thread*>(self)->main();
+    return nullptr;
+}
+
+void J3Thread::performQuietly(void (J3Object::*operation)())
+try {
+    performWithoutException(operation);
+} catch (const abi::__forced_unwind&) {
+    throw;      // pthread_exit() or cancellation, which must not be stopped
+} catch (...) { // a notification that failed in turn
+}
+
 void J3Thread::main()
 {
-    enter();
-    perform(&J3Thread::starting);
-    setState(State::RUNNING);
-    perform(&J3Thread::started);
-    perform(&J3Thread::threadFunc);
-    perform(&J3Thread::finished);
+    try {
+        enter();
+        perform(&J3Thread::starting);
+        setState(State::RUNNING);
+        perform(&J3Thread::started);
+        perform(&J3Thread::threadFunc);
+        perform(&J3Thread::finished);
+    } catch (const abi::__forced_unwind&) {
+        leave();
+        throw;
+    }
     leave();
-    setState(State::STOPPED);
-    perform(&J3Thread::terminated);
 }
 
 void J3Thread::enter()
 {
     t_self = this;
-    nameCallingThread(_name);
+    if (_kernelName[0] != '\0')
+        pthread_setname_np(pthread_self(), _kernelName.data());
     const std::lock_guard guard(_schedulingMutex);
     _threadId = static_cast<uint32>(gettid());
     _schedulingError = 0;
     applyPolicy();
     applyAffinityMask();
     if (_manager)
-        _manager->addThread(_threadId, this);
+        _manager->addEntry(_threadId, std::move(_managerEntry));
 }
 
 void J3Thread::leave()
 {
-    const std::lock_guard guard(_schedulingMutex);
-    if (_manager)
-        _manager->removeThread(_threadId);
+    {
+        const std::lock_guard guard(_schedulingMutex);
+        if (_manager)
+            _manager->removeThread(_threadId);
+        _threadId = 0;
+    }
+    setState(State::STOPPED);
+    perform(&J3Thread::terminated);
+}
+
+/// Whether the thread was run in a process that this one was forked from, and not by the thread that forked.
+bool J3Thread::isOfParent() const { return _forks != s_forks; }
+
+/// Forget a thread that stayed behind in the parent, with the locks that it, or another one, held there.
+void J3Thread::becomeChilds()
+{
+    ::new (&_handleMutex) J3Mutex;
+    ::new (&_schedulingMutex) J3Mutex;
+    _handle.reset();
     _threadId = 0;
+    _state = State::STOPPED;
+    _forks = s_forks.load();
+}
+
+/// See to it that a fork leaves the default manager and the thread that forks in order. @throws std::bad_alloc
+void J3Thread::watchForks()
+{
+    static constexpr auto lock = [] { J3ThreadManager::defaultManager()->_mutex.lock(); };
+    static constexpr auto unlock = [] { J3ThreadManager::defaultManager()->_mutex.unlock(); };
+    static constexpr auto goOnInChild = [] {
+        ++s_forks;
+        const auto now = static_cast<uint32>(gettid());
+        uint32 before = 0;
+        if (t_self && t_self->_threadId != 0) {
+            before = t_self->_threadId.exchange(now);
+            t_self->_forks = s_forks.load();
+        }
+        J3ThreadManager::defaultManager()->keepOnly(before, now);
+        J3ThreadManager::defaultManager()->_mutex.unlock();
+    };
+    static const bool watched = [] {
+        if (pthread_atfork(lock, unlock, goOnInChild) != 0)
+            throw std::bad_alloc();
+        return true;
+    }();
+    static_cast<void>(watched);
 }
 
 void J3Thread::setState(State state)

@@ -7,17 +7,25 @@
 #include "Foundation/J3String.h"
 #include "Foundation/J3ThreadManager.h"
 
+#include <array>
 #include <atomic>
 #include <optional>
-#include <thread>
+
+#include <pthread.h>
 
 namespace Kivo {
 
 /// A thread that runs threadFunc() once for every run().
 ///
 /// Whatever an operation on the thread throws goes to the object's exception notifications (J3Object) and never ends
-/// the process. A subclass stops the thread (quit() and join()) in its own destructor, because a thread that still runs
-/// must not meet a half-destroyed object; the one here is the last resort. No thread destroys its own object.
+/// the process; what those throw in turn is dropped. A subclass stops the thread (quit() and join()) in its own
+/// destructor, because a thread that still runs must not meet a half-destroyed object; the one here is the last resort.
+/// No thread destroys its own object.
+///
+/// A thread that is left by pthread_exit() or cancellation is unregistered and stops running like one that returns.
+///
+/// In a child after fork() the thread that called fork() runs on, under a new id; every other one does not run, and may
+/// be run there again.
 ///
 /// *Threads*: every operation may be called from any thread.
 class J3_API J3Thread : public J3Object {
@@ -37,7 +45,8 @@ public:
 
     /// Start the thread; a thread that has ended may be started again.
     /// @param wait whether to return only once the thread runs
-    /// @return false when it already runs or the system gives no thread
+    /// @return false when it already runs or the system gives no thread or no memory for one; a thread that was started
+    ///         needs no more memory to get as far as starting()
     bool run(bool wait);
 
     /// Ask the thread to end: isQuitRequested() becomes true, and quitRequested() is called.
@@ -46,13 +55,13 @@ public:
     /// Wait until the thread has ended; a thread that does not run, or that waits for itself, does not wait.
     void join();
 
-    [[nodiscard]] bool isRunning() const { return _state == State::RUNNING; }
+    [[nodiscard]] bool isRunning() const { return _state == State::RUNNING && !isOfParent(); }
 
     /// Whether quit() was called since the last run(); what threadFunc() looks at.
     [[nodiscard]] bool isQuitRequested() const { return _quitRequested; }
 
     /// The kernel's id of the thread, 0 while it does not run. *Source*: gettid
-    [[nodiscard]] uint32 threadId() const { return _threadId; }
+    [[nodiscard]] uint32 threadId() const { return isOfParent() ? 0 : _threadId.load(); }
 
     [[nodiscard]] const J3String& name() const { return _name; }
 
@@ -73,20 +82,24 @@ public:
     static void sleep(uint32 milliseconds);
 
 protected:
-    // The hooks run on the thread itself, in this order; quitRequested() runs where quit() is called.
-
+    /// The hooks run on the thread itself, in this order; quitRequested() runs where quit() is called. A thread that is
+    /// left by pthread_exit() or cancellation skips those that are left but for terminated(), which may not do the
+    /// same.
+    /// @{
     virtual void starting();      ///< before isRunning() becomes true
     virtual void started();       ///< the thread runs
     virtual void threadFunc();    ///< what the thread does
     virtual void quitRequested(); ///< wake the thread where it waits
     virtual void finished();      ///< threadFunc() has returned, or thrown
     virtual void terminated();    ///< isRunning() has become false, and the thread is no longer registered
+    /// @}
 
-    /// Run one of the object's operations; what it throws goes to the exception notifications.
+    /// Run one of the object's operations; what it throws goes to the exception notifications, and what those throw
+    /// nowhere.
     template <class T>
     void perform(void (T::*operation)())
     {
-        performWithoutException(static_cast<void (J3Object::*)()>(operation));
+        performQuietly(static_cast<void (J3Object::*)()>(operation));
     }
 
 private:
@@ -97,22 +110,30 @@ private:
         uint32 priority;
     };
 
+    static void* entry(void* self);
+    void performQuietly(void (J3Object::*operation)());
     void main();
     void enter();
     void leave();
     void setState(State state);
+    [[nodiscard]] bool isOfParent() const;
+    void becomeChilds();
+    static void watchForks();
     void applyPolicy();
     void applyAffinityMask();
 
     const J3String _name;
+    std::array<char, 16> _kernelName{}; ///< as much of the name as the kernel has room for, ended by a zero
     J3ThreadManager* const _manager;
+    J3ThreadManager::Threads::node_type _managerEntry; ///< handed over by run(), so that registering cannot fail
     std::atomic<State> _state = State::STOPPED;
     std::atomic<bool> _quitRequested = false;
     std::atomic<uint32> _threadId = 0;
     std::atomic<int32> _schedulingError = 0;
+    std::atomic<uint32> _forks; ///< how many forks lay before the process that the thread was run in
 
     J3Mutex _handleMutex; ///< guards _handle, and makes callers of join() wait for each other
-    std::thread _handle;
+    std::optional<pthread_t> _handle;
 
     J3Mutex _schedulingMutex; ///< guards the two below, and keeps the thread from ending while they are applied
     std::optional<Scheduling> _scheduling;

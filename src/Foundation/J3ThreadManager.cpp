@@ -3,13 +3,14 @@
 // The threads that run now, by their kernel thread id.
 #include "Foundation/J3ThreadManager.h"
 
+#include "Foundation/J3Immortal.h"
+
 namespace Kivo {
 
 J3ThreadManager* J3ThreadManager::defaultManager()
 {
-    // Never destroyed: a thread may end after the static objects of this library are gone.
-    static auto* const manager = new J3ThreadManager;
-    return manager;
+    static J3Immortal<J3ThreadManager> manager;
+    return &*manager;
 }
 
 J3Thread* J3ThreadManager::findThread(uint32 threadId) const
@@ -19,16 +20,39 @@ J3Thread* J3ThreadManager::findThread(uint32 threadId) const
     return found == _threads.end() ? nullptr : found->second;
 }
 
-void J3ThreadManager::addThread(uint32 threadId, J3Thread* thread)
-{
-    const std::lock_guard guard(_mutex);
-    _threads[threadId] = thread;
-}
+void J3ThreadManager::addThread(uint32 threadId, J3Thread* thread) { addEntry(threadId, makeEntry(thread)); }
 
 void J3ThreadManager::removeThread(uint32 threadId)
 {
     const std::lock_guard guard(_mutex);
     _threads.erase(threadId);
+}
+
+/// What addEntry() takes, made where a failed allocation can still be told.
+J3ThreadManager::Threads::node_type J3ThreadManager::makeEntry(J3Thread* thread)
+{
+    Threads made{{0, thread}};
+    return made.extract(made.begin());
+}
+
+/// Register without allocating.
+void J3ThreadManager::addEntry(uint32 threadId, Threads::node_type entry)
+{
+    entry.key() = threadId;
+    const std::lock_guard guard(_mutex);
+    _threads.erase(threadId); // of a thread that ended without a word
+    _threads.insert(std::move(entry));
+}
+
+/// Forget every thread but one, which goes on under another id. The caller holds the mutex.
+void J3ThreadManager::keepOnly(uint32 oldId, uint32 newId)
+{
+    Threads::node_type kept = _threads.extract(oldId);
+    _threads.clear();
+    if (kept.empty())
+        return;
+    kept.key() = newId;
+    _threads.insert(std::move(kept));
 }
 
 } // namespace Kivo

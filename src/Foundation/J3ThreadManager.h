@@ -13,6 +13,8 @@ namespace Kivo {
 class J3Thread;
 
 /// Knows the threads that run now by their kernel thread id. A J3Thread registers itself for as long as it runs.
+///
+/// In a child after fork() the default manager knows the thread that called fork(), by its new id, and no other.
 /// *Threads*: any, at the same time.
 class J3_API J3ThreadManager {
 public:
@@ -31,8 +33,15 @@ public:
     void removeThread(uint32 threadId);
 
 private:
+    friend class J3Thread;
+    using Threads = std::map<uint32, J3Thread*>;
+
+    static Threads::node_type makeEntry(J3Thread* thread);
+    void addEntry(uint32 threadId, Threads::node_type entry);
+    void keepOnly(uint32 oldId, uint32 newId);
+
     mutable std::mutex _mutex;
-    std::map<uint32, J3Thread*> _threads;
+    Threads _threads;
 };
 
 } // namespace Kivo
