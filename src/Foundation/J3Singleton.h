@@ -3,6 +3,7 @@
 // The one instance of a class, made by whoever asks first.
 #pragma once
 
+#include "Foundation/J3Immortal.h"
 #include "Foundation/J3Types.h"
 
 #include <boost/scoped_ptr.hpp>
@@ -20,14 +21,18 @@ namespace Kivo {
 ///     extern template class J3Singleton<HalManager>; // in HalManager.h
 ///     template class J3Singleton<HalManager>;        // in HalManager.cpp
 ///
-/// *Threads*: safe for concurrent first callers, and in static initialisers.
+/// The instance lives as long as the library is loaded. This project's libraries stay loaded until the process has
+/// ended, so that static and thread_local destructors, and threads that still run then, may go on using it: T's
+/// destructor is never run.
+///
+/// *Threads*: safe for concurrent first callers, in static initialisers and in static destructors.
 template <class T>
 class J3_API J3Singleton {
 public:
     J3Singleton() = delete;
 
-    /// Give the one instance, made by the first call and deleted when the library is unloaded. What T's constructor
-    /// throws reaches the caller, and the next call tries again. T's constructor may not ask for the instance.
+    /// Give the one instance, made by the first call. What T's constructor throws reaches the caller, and the next call
+    /// tries again. T's constructor may not ask for the instance.
     [[nodiscard]] static T* get()
     {
         T* const instance = _instance.load(std::memory_order_acquire);
@@ -66,10 +71,9 @@ T* J3Singleton<T>::create()
     if (T* const instance = _instance.load(std::memory_order_relaxed))
         return instance;
     const AllocatingScope scope;
-    // Made after T, so that T goes before whatever its constructor set up; not made at all when T throws.
-    static const boost::scoped_ptr<Owned> holder(new Owned);
-    _instance.store(&holder->value, std::memory_order_release);
-    return &holder->value;
+    static J3Immortal<boost::scoped_ptr<Owned>> holder(new Owned); // not made when T throws
+    _instance.store(&(*holder)->value, std::memory_order_release);
+    return &(*holder)->value;
 }
 
 } // namespace Kivo

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Conversion between wide text and UTF-8, with an express lane for ASCII, and the UTF-8 locale.
+#include "Foundation/J3Immortal.h"
 #include "Foundation/J3String.h"
 #include "Foundation/J3TextCodec_p.h"
 
@@ -190,8 +191,8 @@ std::string encodeUtf8(std::wstring_view text)
 
 const std::locale& j3Utf8Locale()
 {
-    static const std::locale utf8(std::locale::classic(), new J3TextCodec::Utf8Facet);
-    return utf8;
+    static const J3Immortal<std::locale> utf8(std::locale::classic(), new J3TextCodec::Utf8Facet);
+    return *utf8;
 }
 
 } // namespace Kivo
