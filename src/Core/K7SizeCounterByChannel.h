@@ -8,7 +8,8 @@
 namespace Kivo {
 
 /// How many items came and how large they were together, N of each for each channel.
-/// *Threads*, *Cost* and what happens out of range: as K7CounterByChannel.
+/// *Threads*, *Cost* and what happens out of range: as K7CounterByChannel; an item that is being counted beside a
+/// reader may show in the one and not yet in the other.
 template <std::size_t N, class T = unsigned int>
 class K7SizeCounterByChannel {
 public:
@@ -29,6 +30,8 @@ public:
         _counter.setChannelCount(count);
         _sizer.setChannelCount(count);
     }
+
+    [[nodiscard]] uint32 channelCount() const { return _counter.channelCount(); }
 
     /// Count one item of @p size.
     void add(uint32 channel, uint32 index, T size)
