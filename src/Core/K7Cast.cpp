@@ -3,37 +3,32 @@
 // Strict conversion of texts to integers.
 #include "Core/K7Cast.h"
 
+#include "Base/TextScanner_p.h"
 #include "Foundation/J3Assert.h"
 #include "Foundation/J3Exception.h"
 
-#include <charconv>
-
 namespace Kivo::K7 {
 
-template <class T>
+template <CastTarget T>
 bool castFrom(T* out, const J3String& text, bool hexadecimal, bool trim)
 {
-    if (!out) {
-        J3_REPORT("out", "out is Null!", "Core/K7Cast");
+    if (!J3_REQUIRE_ARGUMENT(out, "Core/K7Cast"))
         return false;
-    }
-    std::string digits = trim ? J3String(text).trimLeft().trimRight().to_string() : text.to_string();
+    const std::string whole = text.to_string();
+    std::string digits(trim ? trimmed(whole) : std::string_view(whole));
     const std::size_t sign = digits.starts_with('-') ? 1 : 0;
     if (hexadecimal && (digits.compare(sign, 2, "0x") == 0 || digits.compare(sign, 2, "0X") == 0)) {
         digits.erase(sign, 2);
         if (digits.find('-', sign) == sign)
             return false;
     }
-    T value{};
-    const char* end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
-    if (error != std::errc() || stop != end)
-        return false;
-    *out = value;
-    return true;
+    const std::optional<T> value = wholeNumber<T>(digits, hexadecimal ? 16 : 10);
+    if (value)
+        *out = *value;
+    return value.has_value();
 }
 
-template <class T>
+template <CastTarget T>
 void castFromThrowable(T* out, const J3String& text, bool hexadecimal, bool trim)
 {
     if (!castFrom(out, text, hexadecimal, trim))

@@ -12,18 +12,6 @@ J3String K7EthDevInfo::toString() const
     return J3String().format(L"%@,%@,%@,%@,%@", &_devName, &_ifceName, &_ipv4Address, &_ipv6Address, &_macAddress);
 }
 
-void K7EthDevInfo::unarchiveFrom(J3Archive* archive)
-{
-    J3Record::unarchiveFrom(archive);
-    narrowNames();
-}
-
-void K7EthDevInfo::deserializeFrom(J3Stream* stream)
-{
-    J3Record::deserializeFrom(stream);
-    narrowNames();
-}
-
 void K7EthDevInfo::setDevName(const J3String& name)
 {
     _devName = name;

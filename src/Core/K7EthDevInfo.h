@@ -20,9 +20,6 @@ public:
     /// "eth0,br0,192.168.0.2,fe80::1,00:11:22:aa:bb:cc"
     [[nodiscard]] J3String toString() const override;
 
-    void unarchiveFrom(J3Archive* archive) override;
-    void deserializeFrom(J3Stream* stream) override;
-
     /// Whether both names are set.
     [[nodiscard]] bool isValid() const { return !_devName.isEmpty() && !_ifceName.isEmpty(); }
 
@@ -49,6 +46,9 @@ public:
     void setIpv6Address(const K7IPv6Address& address) { _ipv6Address = address; }
 
     void setMacAddress(const K7MacAddress& address) { _macAddress = address; }
+
+    /// Let the narrow names follow what was read.
+    void validate() { narrowNames(); }
 
     static auto fields(auto& self)
     {

@@ -5,6 +5,8 @@
 
 #include "Foundation/J3Exception.h"
 
+#include <cxxabi.h>
+
 namespace Kivo {
 namespace {
 
@@ -22,6 +24,8 @@ J3String textInFlight()
         return text;
     } catch (int code) {
         return J3String().format(L"%d", code);
+    } catch (const abi::__forced_unwind&) {
+        throw; // a thread being cancelled, which must not be stopped
     } catch (...) {
         return L"unknown exception";
     }

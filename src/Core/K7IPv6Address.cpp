@@ -60,10 +60,8 @@ std::array<uint8, K7IPv6Address::SIZE> K7IPv6Address::bytes() const
 
 void K7IPv6Address::setBytes(const uint8* bytes)
 {
-    if (!bytes) {
-        J3_REPORT("bytes", "bytes is Null!", "Core/K7IPv6Address");
+    if (!J3_REQUIRE_ARGUMENT(bytes, "Core/K7IPv6Address"))
         return;
-    }
     for (uint32 i = 0; i < 8; ++i) {
         _msb = _msb << 8 | bytes[i];
         _lsb = _lsb << 8 | bytes[i + 8];

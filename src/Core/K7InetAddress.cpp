@@ -14,26 +14,11 @@ J3String K7InetAddress::toString() const
     return isIPv4() ? _ipv4.toString() : isIPv6() ? _ipv6.toString() : J3String();
 }
 
-void K7InetAddress::unarchiveFrom(J3Archive* archive)
+void K7InetAddress::validate() const
 {
-    K7InetAddress read(*this);
-    read.J3Record::unarchiveFrom(archive);
-    takeRead(read);
-}
-
-void K7InetAddress::deserializeFrom(J3Stream* stream)
-{
-    K7InetAddress read(*this);
-    read.J3Record::deserializeFrom(stream);
-    takeRead(read);
-}
-
-void K7InetAddress::takeRead(const K7InetAddress& read)
-{
-    const bool known = read._family == NONE || read._family == IPV4 || read._family == IPV6;
-    if (!known || (read._ipv4.isValid() && !read.isIPv4()) || (read._ipv6.isValid() && !read.isIPv6()))
-        throw J3RangeException(L"address family", NONE, IPV6, read._family);
-    *this = read;
+    const bool known = _family == NONE || _family == IPV4 || _family == IPV6;
+    if (!known || (_ipv4.isValid() && !isIPv4()) || (_ipv6.isValid() && !isIPv6()))
+        throw J3RangeException(L"address family", NONE, IPV6, _family);
 }
 
 bool K7InetAddress::fromString(const J3String& text) { return fromString(K7AsciiText(text).c_str()); }

@@ -23,11 +23,6 @@ public:
     /// The address's own text; empty for none.
     [[nodiscard]] J3String toString() const override;
 
-    /// Read what was written; a family that is not known, or an address of the other one beside it, is a
-    /// J3RangeException.
-    void unarchiveFrom(J3Archive* archive) override;
-    void deserializeFrom(J3Stream* stream) override;
-
     /// Take an address of the family that the text has. @return false, changing nothing, for any other text
     bool fromString(const J3String& text);
     bool fromString(const char* text);
@@ -47,6 +42,9 @@ public:
 
     [[nodiscard]] const K7IPv6Address& ipv6Address() const { return _ipv6; }
 
+    /// Refuse a family that is not known, and an address of the other one beside it.
+    void validate() const;
+
     static auto fields(auto& self) { return std::tie(self._family, self._ipv4, self._ipv6); }
 
     friend std::strong_ordering operator<=>(const K7InetAddress& left, const K7InetAddress& right)
@@ -56,8 +54,6 @@ public:
 
 private:
     enum Family : uint8 { NONE = 0, IPV4 = 4, IPV6 = 6 };
-
-    void takeRead(const K7InetAddress& read);
 
     Family _family = NONE;
     K7IPv4Address _ipv4;

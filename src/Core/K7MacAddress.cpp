@@ -3,11 +3,10 @@
 // Hardware address value.
 #include "Core/K7MacAddress.h"
 
+#include "Base/TextScanner_p.h"
 #include "Core/K7AsciiText_p.h"
 #include "Core/K7MacAddressFormatter.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstring>
 
 namespace Kivo {
@@ -24,10 +23,11 @@ bool K7MacAddress::fromString(const char* text)
         return false;
     std::array<uint8, SIZE> bytes{};
     for (std::size_t i = 0; i < SIZE; ++i) {
-        const char* pair = text + 3 * i;
-        const auto [end, error] = std::from_chars(pair, pair + 2, bytes[i], 16);
-        if (error != std::errc() || end != pair + 2 || (i > 0 && pair[-1] != text[2]))
+        const std::string_view pair(text + 3 * i, 2);
+        const std::optional<uint8> byte = wholeNumber<uint8>(pair, 16);
+        if (!byte || (i > 0 && pair.data()[-1] != text[2]))
             return false;
+        bytes[i] = *byte;
     }
     _bytes = bytes;
     return true;
@@ -35,10 +35,8 @@ bool K7MacAddress::fromString(const char* text)
 
 void K7MacAddress::setBytes(const uint8* bytes)
 {
-    if (!bytes) {
-        J3_REPORT("bytes", "bytes is Null!", "Core/K7MacAddress");
+    if (!J3_REQUIRE_ARGUMENT(bytes, "Core/K7MacAddress"))
         return;
-    }
     std::copy_n(bytes, SIZE, _bytes.begin());
 }
 

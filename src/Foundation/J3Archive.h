@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Foundation/J3Object.h"
+#include "Foundation/J3ScalarTypes.h"
 #include "Foundation/J3String.h"
 
 #include <vector>
@@ -18,35 +19,33 @@ namespace Kivo {
 /// *Threads*: one at a time.
 class J3_API J3Archive : public J3Object {
 public:
-    virtual void writeBool(uint8 number, bool value, const J3String& key) = 0;
-    virtual void writeInt8(uint8 number, int8 value, const J3String& key) = 0;
-    virtual void writeInt16(uint8 number, int16 value, const J3String& key) = 0;
-    virtual void writeInt32(uint8 number, int32 value, const J3String& key) = 0;
-    virtual void writeInt64(uint8 number, int64 value, const J3String& key) = 0;
-    virtual void writeUint8(uint8 number, uint8 value, const J3String& key) = 0;
-    virtual void writeUint16(uint8 number, uint16 value, const J3String& key) = 0;
-    virtual void writeUint32(uint8 number, uint32 value, const J3String& key) = 0;
-    virtual void writeUint64(uint8 number, uint64 value, const J3String& key) = 0;
-    virtual void writeFloat32(uint8 number, float32 value, const J3String& key) = 0;
-    virtual void writeFloat64(uint8 number, float64 value, const J3String& key) = 0;
+    /// writeBool(number, bool, key), writeInt8(number, int8, key) ... writeUint64, writeFloat32, writeFloat64.
+    /// @{
+#define J3_ARCHIVE_WRITE(Name, Type) virtual void write##Name(uint8 number, Type value, const J3String& key) = 0;
+    J3_SCALAR_TYPES(J3_ARCHIVE_WRITE)
+#undef J3_ARCHIVE_WRITE
+    /// @}
+
+    /// Write a text, an object's own archive form, an array of bytes.
+    /// @{
     virtual void writeString(uint8 number, const J3String& value, const J3String& key) = 0;
     virtual void writeObject(uint8 number, const J3Object& object, const J3String& key) = 0;
     virtual void writeUint8Array(uint8 number, const uint8* bytes, uint32 count, const J3String& key) = 0;
+    /// @}
 
-    virtual void readBool(uint8 number, bool* value, const J3String& key) = 0;
-    virtual void readInt8(uint8 number, int8* value, const J3String& key) = 0;
-    virtual void readInt16(uint8 number, int16* value, const J3String& key) = 0;
-    virtual void readInt32(uint8 number, int32* value, const J3String& key) = 0;
-    virtual void readInt64(uint8 number, int64* value, const J3String& key) = 0;
-    virtual void readUint8(uint8 number, uint8* value, const J3String& key) = 0;
-    virtual void readUint16(uint8 number, uint16* value, const J3String& key) = 0;
-    virtual void readUint32(uint8 number, uint32* value, const J3String& key) = 0;
-    virtual void readUint64(uint8 number, uint64* value, const J3String& key) = 0;
-    virtual void readFloat32(uint8 number, float32* value, const J3String& key) = 0;
-    virtual void readFloat64(uint8 number, float64* value, const J3String& key) = 0;
+    /// readBool(number, bool*, key), readInt8(number, int8*, key) ... readUint64, readFloat32, readFloat64.
+    /// @{
+#define J3_ARCHIVE_READ(Name, Type) virtual void read##Name(uint8 number, Type* value, const J3String& key) = 0;
+    J3_SCALAR_TYPES(J3_ARCHIVE_READ)
+#undef J3_ARCHIVE_READ
+    /// @}
+
+    /// Read what the operation of the same type wrote.
+    /// @{
     virtual void readString(uint8 number, J3String* value, const J3String& key) = 0;
     virtual void readObject(uint8 number, J3Object* object, const J3String& key) = 0;
     virtual void readUint8Array(uint8 number, std::vector<uint8>* bytes, const J3String& key) = 0;
+    /// @}
 
 protected:
     J3Archive() = default;

@@ -26,42 +26,31 @@ public:
     [[nodiscard]] std::vector<uint8> toCbor() const;
 
     /// Take the whole document from a text or from bytes.
-    /// @return false, with the archive unchanged, when it is ill-formed, is nested more than 64 deep, or is no object
+    /// @return false, with the archive unchanged, when it is ill-formed, is not an object, is larger than 16 MiB, is
+    ///         nested more than 64 deep or has, in CBOR, a negative integer that is too small for an int64
+    /// *Cost*: linear in the size but for the logarithm of an object's number of items; at most some 30 bytes of memory
+    /// for each byte read, and none for what is refused by its size or depth.
+    /// @{
     bool fromJson(const std::string& text);
     bool fromCbor(const std::vector<uint8>& bytes);
+    /// @}
 
-    void writeBool(uint8 number, bool value, const J3String& key) override;
-    void writeInt8(uint8 number, int8 value, const J3String& key) override;
-    void writeInt16(uint8 number, int16 value, const J3String& key) override;
-    void writeInt32(uint8 number, int32 value, const J3String& key) override;
-    void writeInt64(uint8 number, int64 value, const J3String& key) override;
-    void writeUint8(uint8 number, uint8 value, const J3String& key) override;
-    void writeUint16(uint8 number, uint16 value, const J3String& key) override;
-    void writeUint32(uint8 number, uint32 value, const J3String& key) override;
-    void writeUint64(uint8 number, uint64 value, const J3String& key) override;
-    void writeFloat32(uint8 number, float32 value, const J3String& key) override;
-    void writeFloat64(uint8 number, float64 value, const J3String& key) override;
+#define J3_ARCHIVE_SCALAR(Name, Type)                                                                                  \
+    void write##Name(uint8 number, Type value, const J3String& key) override;                                          \
+    void read##Name(uint8 number, Type* value, const J3String& key) override;
+    J3_SCALAR_TYPES(J3_ARCHIVE_SCALAR)
+#undef J3_ARCHIVE_SCALAR
     void writeString(uint8 number, const J3String& value, const J3String& key) override;
     void writeObject(uint8 number, const J3Object& object, const J3String& key) override;
     void writeUint8Array(uint8 number, const uint8* bytes, uint32 count, const J3String& key) override;
-
-    void readBool(uint8 number, bool* value, const J3String& key) override;
-    void readInt8(uint8 number, int8* value, const J3String& key) override;
-    void readInt16(uint8 number, int16* value, const J3String& key) override;
-    void readInt32(uint8 number, int32* value, const J3String& key) override;
-    void readInt64(uint8 number, int64* value, const J3String& key) override;
-    void readUint8(uint8 number, uint8* value, const J3String& key) override;
-    void readUint16(uint8 number, uint16* value, const J3String& key) override;
-    void readUint32(uint8 number, uint32* value, const J3String& key) override;
-    void readUint64(uint8 number, uint64* value, const J3String& key) override;
-    void readFloat32(uint8 number, float32* value, const J3String& key) override;
-    void readFloat64(uint8 number, float64* value, const J3String& key) override;
     void readString(uint8 number, J3String* value, const J3String& key) override;
     void readObject(uint8 number, J3Object* object, const J3String& key) override;
     void readUint8Array(uint8 number, std::vector<uint8>* bytes, const J3String& key) override;
 
 private:
     struct Document;
+
+    explicit J3JsonArchive(std::unique_ptr<Document> document);
 
     std::unique_ptr<Document> _document;
 };

@@ -28,7 +28,7 @@ public:
     J3Lock(const J3Lock&) = delete;
     J3Lock& operator=(const J3Lock&) = delete;
 
-    /// Wait until the mutex is held; an interrupted call is made again. @throws boost::lock_error
+    /// Wait until the mutex is held; an interrupted call is retried. @throws boost::lock_error
     void lock() const override;
     void unlock() const override;
 

@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Conversion between wide text and the encodings of locales and of iconv.
+#include "Base/UniqueFd_p.h"
+#include "Foundation/J3Exception.h"
 #include "Foundation/J3String.h"
 #include "Foundation/J3TextCodec_p.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cerrno>
 #include <cwchar>
+#include <new>
 
+#include <fcntl.h>
 #include <iconv.h>
 
 namespace Kivo::J3TextCodec {
@@ -24,8 +27,14 @@ bool isUtf8(const std::locale& encoding) { return &facetOf(encoding) == &facetOf
 class Iconv {
 public:
     Iconv(const std::string& to, const std::string& from)
-        : _handle(isName(to) && isName(from) ? iconv_open(to.c_str(), from.c_str()) : NONE)
-    {}
+    {
+        if (!isName(to) || !isName(from))
+            return;
+        requireDescriptor();
+        _handle = iconv_open(to.c_str(), from.c_str());
+        if (!*this && errno == ENOMEM)
+            throw std::bad_alloc();
+    }
 
     Iconv(const Iconv&) = delete;
     Iconv& operator=(const Iconv&) = delete;
@@ -72,6 +81,15 @@ private:
         }
     }
 
+    // Without a descriptor to load an encoding with, the C library takes every name for an unknown one; when that is
+    // its first look, for the rest of the process.
+    static void requireDescriptor()
+    {
+        const UniqueFd free(open("/", O_PATH | O_CLOEXEC));
+        if (!free && (errno == EMFILE || errno == ENFILE))
+            throw J3Exception(L"no descriptor to load a character encoding with", errno);
+    }
+
     // No name ("", "//TRANSLIT", "?") would be the process locale's encoding, which no result may depend on.
     static bool isName(const std::string& name)
     {
@@ -80,7 +98,7 @@ private:
 
     static inline const iconv_t NONE = reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
 
-    iconv_t _handle;
+    iconv_t _handle = NONE;
 };
 
 // How many bytes a decoder steps over to come past what it cannot read.

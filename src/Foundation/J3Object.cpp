@@ -42,8 +42,8 @@ void J3Object::unknownExceptionCaught() { report(L"unknown exception"); }
 
 void J3Object::performWithoutException(void (J3Object::*operation)())
 {
-    if (!operation)
-        return J3_REPORT("operation", "operation is Null!", "Foundation/J3Object");
+    if (!J3_REQUIRE_ARGUMENT(operation, "Foundation/J3Object"))
+        return;
     try {
         (this->*operation)();
     } catch (J3Exception& exception) {

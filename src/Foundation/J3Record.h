@@ -6,6 +6,7 @@
 #include "Foundation/J3Archive.h"
 #include "Foundation/J3Assert.h"
 #include "Foundation/J3Exception.h"
+#include "Foundation/J3ScalarTypes.h"
 #include "Foundation/J3Stream.h"
 
 #include <array>
@@ -56,17 +57,7 @@ private:
     {                                                                                                                  \
         _stream ? _stream->write##Name(value) : _archive->write##Name(_number++, value, J3String());                   \
     }
-    J3_FIELD_NUMBER(Bool, bool)
-    J3_FIELD_NUMBER(Int8, int8)
-    J3_FIELD_NUMBER(Int16, int16)
-    J3_FIELD_NUMBER(Int32, int32)
-    J3_FIELD_NUMBER(Int64, int64)
-    J3_FIELD_NUMBER(Uint8, uint8)
-    J3_FIELD_NUMBER(Uint16, uint16)
-    J3_FIELD_NUMBER(Uint32, uint32)
-    J3_FIELD_NUMBER(Uint64, uint64)
-    J3_FIELD_NUMBER(Float32, float32)
-    J3_FIELD_NUMBER(Float64, float64)
+    J3_SCALAR_TYPES(J3_FIELD_NUMBER)
 #undef J3_FIELD_NUMBER
 
     void array(const uint8* bytes, uint32 count)
@@ -134,17 +125,7 @@ private:
     {                                                                                                                  \
         _stream ? _stream->read##Name(value) : _archive->read##Name(_number++, value, J3String());                     \
     }
-    J3_FIELD_NUMBER(Bool, bool)
-    J3_FIELD_NUMBER(Int8, int8)
-    J3_FIELD_NUMBER(Int16, int16)
-    J3_FIELD_NUMBER(Int32, int32)
-    J3_FIELD_NUMBER(Int64, int64)
-    J3_FIELD_NUMBER(Uint8, uint8)
-    J3_FIELD_NUMBER(Uint16, uint16)
-    J3_FIELD_NUMBER(Uint32, uint32)
-    J3_FIELD_NUMBER(Uint64, uint64)
-    J3_FIELD_NUMBER(Float32, float32)
-    J3_FIELD_NUMBER(Float64, float64)
+    J3_SCALAR_TYPES(J3_FIELD_NUMBER)
 #undef J3_FIELD_NUMBER
 
     J3Stream* _stream = nullptr;
@@ -161,17 +142,38 @@ private:
 ///     ...
 ///
 /// From the list follow ==, and the archive form (field numbers from 1 on, under the empty key) and stream form in the
-/// list's order. A read takes everything or leaves the record as it was.
+/// list's order. A read takes everything that validate() accepts or leaves the record as it was.
 template <class Derived>
 class J3Record : public J3Object {
 public:
-    void archiveTo(J3Archive* archive) const override { writeTo(archive, "archive", __func__); }
+    void archiveTo(J3Archive* archive) const override
+    {
+        if (J3_REQUIRE_ARGUMENT(archive, SOURCE))
+            writeTo(archive);
+    }
 
-    void unarchiveFrom(J3Archive* archive) override { readFrom(archive, "archive", __func__); }
+    void unarchiveFrom(J3Archive* archive) override
+    {
+        if (J3_REQUIRE_ARGUMENT(archive, SOURCE))
+            readFrom(archive);
+    }
 
-    void serializeTo(J3Stream* stream) const override { writeTo(stream, "stream", __func__); }
+    void serializeTo(J3Stream* stream) const override
+    {
+        if (J3_REQUIRE_ARGUMENT(stream, SOURCE))
+            writeTo(stream);
+    }
 
-    void deserializeFrom(J3Stream* stream) override { readFrom(stream, "stream", __func__); }
+    void deserializeFrom(J3Stream* stream) override
+    {
+        if (J3_REQUIRE_ARGUMENT(stream, SOURCE))
+            readFrom(stream);
+    }
+
+    /// Look at what was read before the record takes it. A record with a rule about its fields, or with members that
+    /// follow from them, has an operation of this name and signature, public and not virtual: it throws a
+    /// J3RangeException to refuse the whole reading, and sets what follows. The one here takes everything.
+    void validate() {}
 
     friend bool operator==(const Derived& left, const Derived& right)
     {
@@ -182,31 +184,23 @@ protected:
     J3Record() = default;
 
 private:
+    static constexpr const char* SOURCE = "Foundation/J3Record";
+
     template <class Store>
-    void writeTo(Store* store, const char* name, const char* function) const
+    void writeTo(Store* store) const
     {
-        if (!given(store, name, function))
-            return;
         J3FieldWriter write(store);
         std::apply([&](const auto&... field) { (write(field), ...); }, Derived::fields(self()));
     }
 
     template <class Store>
-    void readFrom(Store* store, const char* name, const char* function)
+    void readFrom(Store* store)
     {
-        if (!given(store, name, function))
-            return;
         Derived record(self());
         J3FieldReader read(store);
         std::apply([&](auto&... field) { (read(field), ...); }, Derived::fields(record));
+        record.validate();
         static_cast<Derived&>(*this) = std::move(record);
-    }
-
-    static bool given(const void* store, const char* name, const char* function)
-    {
-        if (!store)
-            j3assertFunc(name, J3String(name) + L" is Null!", function, "Foundation/J3Record", __LINE__);
-        return store != nullptr;
     }
 
     const Derived& self() const { return static_cast<const Derived&>(*this); }

@@ -66,51 +66,18 @@ void J3Stream::readBool(bool* value)
     *value = byte == 1;
 }
 
-void J3Stream::readInt8(int8* value) { readNumber(value); }
+void J3Stream::writeBool(bool value) { writeNumber(static_cast<uint8>(value)); }
 
-void J3Stream::readInt16(int16* value) { readNumber(value); }
-
-void J3Stream::readInt32(int32* value) { readNumber(value); }
-
-void J3Stream::readInt64(int64* value) { readNumber(value); }
-
-void J3Stream::readUint8(uint8* value) { readNumber(value); }
-
-void J3Stream::readUint16(uint16* value) { readNumber(value); }
-
-void J3Stream::readUint32(uint32* value) { readNumber(value); }
-
-void J3Stream::readUint64(uint64* value) { readNumber(value); }
-
-void J3Stream::readFloat32(float32* value) { readNumber(value); }
-
-void J3Stream::readFloat64(float64* value) { readNumber(value); }
+#define J3_STREAM_NUMBER(Name, Type)                                                                                   \
+    void J3Stream::read##Name(Type* value) { readNumber(value); }                                                      \
+    void J3Stream::write##Name(Type value) { writeNumber(value); }
+J3_INTEGER_TYPES(J3_STREAM_NUMBER)
+J3_FLOAT_TYPES(J3_STREAM_NUMBER)
+#undef J3_STREAM_NUMBER
 
 void J3Stream::readString(J3String* value) { value->deserializeFrom(this); }
 
 void J3Stream::readObject(J3Object* object) { object->deserializeFrom(this); }
-
-void J3Stream::writeBool(bool value) { writeNumber(static_cast<uint8>(value)); }
-
-void J3Stream::writeInt8(int8 value) { writeNumber(value); }
-
-void J3Stream::writeInt16(int16 value) { writeNumber(value); }
-
-void J3Stream::writeInt32(int32 value) { writeNumber(value); }
-
-void J3Stream::writeInt64(int64 value) { writeNumber(value); }
-
-void J3Stream::writeUint8(uint8 value) { writeNumber(value); }
-
-void J3Stream::writeUint16(uint16 value) { writeNumber(value); }
-
-void J3Stream::writeUint32(uint32 value) { writeNumber(value); }
-
-void J3Stream::writeUint64(uint64 value) { writeNumber(value); }
-
-void J3Stream::writeFloat32(float32 value) { writeNumber(value); }
-
-void J3Stream::writeFloat64(float64 value) { writeNumber(value); }
 
 void J3Stream::writeString(const J3String& value) { value.serializeTo(this); }
 

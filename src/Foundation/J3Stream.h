@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Foundation/J3Object.h"
+#include "Foundation/J3ScalarTypes.h"
 
 #include <bit>
 
@@ -49,40 +50,41 @@ public:
 
     void setByteOrder(J3ByteOrder order);
 
-    /// Remember the position, and go back to it.
+    /// Remember the position.
     void mark() { _mark = position(); }
 
+    /// Go back to the position that was remembered last, 0 at first. @return false when it lies beyond the end
     bool reset() { return moveTo(_mark); }
 
-    void readBool(bool* value); ///< a byte other than 0 and 1 is a J3RangeException
-    void readInt8(int8* value);
-    void readInt16(int16* value);
-    void readInt32(int32* value);
-    void readInt64(int64* value);
-    void readUint8(uint8* value);
-    void readUint16(uint16* value);
-    void readUint32(uint32* value);
-    void readUint64(uint64* value);
-    void readFloat32(float32* value);
-    void readFloat64(float64* value);
+    /// readBool(bool*), readInt8(int8*) ... readUint64(uint64*), readFloat32(float32*), readFloat64(float64*). A bool
+    /// that is a byte other than 0 and 1 is a J3RangeException.
+    /// @{
+#define J3_STREAM_READ(Name, Type) void read##Name(Type* value);
+    J3_SCALAR_TYPES(J3_STREAM_READ)
+#undef J3_STREAM_READ
+    /// @}
+
+    /// Read what the operation of the same type wrote.
+    /// @{
     void readString(J3String* value);
     void readUint8Array(uint8* out, uint32 count);
     void readObject(J3Object* object);
+    /// @}
 
-    void writeBool(bool value); ///< one byte, 0 or 1
-    void writeInt8(int8 value);
-    void writeInt16(int16 value);
-    void writeInt32(int32 value);
-    void writeInt64(int64 value);
-    void writeUint8(uint8 value);
-    void writeUint16(uint16 value);
-    void writeUint32(uint32 value);
-    void writeUint64(uint64 value);
-    void writeFloat32(float32 value);
-    void writeFloat64(float64 value);
+    /// writeBool(bool), writeInt8(int8) ... writeUint64(uint64), writeFloat32(float32), writeFloat64(float64). A bool
+    /// is one byte, 0 or 1.
+    /// @{
+#define J3_STREAM_WRITE(Name, Type) void write##Name(Type value);
+    J3_SCALAR_TYPES(J3_STREAM_WRITE)
+#undef J3_STREAM_WRITE
+    /// @}
+
+    /// Write a text (its length in UTF-8 bytes as a uint32, then the bytes), bare bytes, an object's own stream form.
+    /// @{
     void writeString(const J3String& value);
     void writeUint8Array(const uint8* bytes, uint32 count);
     void writeObject(const J3Object& object);
+    /// @}
 
 protected:
     J3Stream() = default;

@@ -19,12 +19,7 @@ namespace {
 
 constexpr const wchar_t* WHITE_SPACE = L" \t\n\v\f\r";
 
-bool given(const void* store, const char* name, const char* function)
-{
-    if (!store)
-        j3assertFunc(name, J3String(name) + L" is Null!", function, "Foundation/J3String", __LINE__);
-    return store != nullptr;
-}
+constexpr const char* SOURCE = "Foundation/J3String";
 
 } // namespace
 
@@ -42,19 +37,19 @@ J3String* J3String::clone() const { return new J3String(*this); }
 
 void J3String::archiveTo(J3Archive* archive) const
 {
-    if (given(archive, "archive", __func__))
+    if (J3_REQUIRE_ARGUMENT(archive, SOURCE))
         archive->writeString(1, *this, J3String());
 }
 
 void J3String::unarchiveFrom(J3Archive* archive)
 {
-    if (given(archive, "archive", __func__))
+    if (J3_REQUIRE_ARGUMENT(archive, SOURCE))
         archive->readString(1, this, J3String());
 }
 
 void J3String::serializeTo(J3Stream* stream) const
 {
-    if (!given(stream, "stream", __func__))
+    if (!J3_REQUIRE_ARGUMENT(stream, SOURCE))
         return;
     const std::string bytes = to_string();
     stream->writeUint32(static_cast<uint32>(bytes.size()));
@@ -63,7 +58,7 @@ void J3String::serializeTo(J3Stream* stream) const
 
 void J3String::deserializeFrom(J3Stream* stream)
 {
-    if (!given(stream, "stream", __func__))
+    if (!J3_REQUIRE_ARGUMENT(stream, SOURCE))
         return;
     const uint32 start = stream->position();
     uint32 size = 0;
@@ -89,6 +84,8 @@ std::string J3String::to_string(const std::string& encodingName) const
 {
     return J3TextCodec::encode(_text, encodingName);
 }
+
+J3String J3String::from_string(std::string_view text) { return J3TextCodec::decodeUtf8(text); }
 
 J3String J3String::from_string(const std::string& text, const std::locale& encoding)
 {

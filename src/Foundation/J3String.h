@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <locale>
 #include <string>
+#include <string_view>
 
 namespace Kivo {
 
@@ -82,9 +83,15 @@ public:
 
     /// The text in an encoding that iconv knows by name ("EUC-KR"), what it has no character for becoming "?";
     /// empty when the name is not known.
+    /// @throws J3Exception with the errno (EMFILE, ENFILE) when the system gives no descriptor to load the encoding
+    /// with
     [[nodiscard]] std::string to_string(const std::string& encodingName) const;
 
+    /// The text that @p text is in UTF-8; what is ill-formed becomes U+FFFD.
+    [[nodiscard]] static J3String from_string(std::string_view text);
+
     /// The reverse of to_string(): what is ill-formed becomes U+FFFD, an unknown name gives the empty text.
+    /// @throws J3Exception as to_string() does, for an encoding by name
     [[nodiscard]] static J3String from_string(const std::string& text, const std::locale& encoding);
     [[nodiscard]] static J3String from_string(const std::string& text, const std::string& encodingName);
 
@@ -93,6 +100,12 @@ public:
     [[nodiscard]] uint32 length() const { return static_cast<uint32>(_text.size()); }
     [[nodiscard]] bool isEmpty() const { return _text.empty(); }
     void clear() { _text.clear(); }
+
+    /// The characters in order; valid until the text changes.
+    /// @{
+    [[nodiscard]] std::wstring::const_iterator begin() const { return _text.begin(); }
+    [[nodiscard]] std::wstring::const_iterator end() const { return _text.end(); }
+    /// @}
 
     /// The position of the first @p text at or after @p start, NPOS when there is none. An empty text is found at once.
     [[nodiscard]] uint32 find(const J3String& text, uint32 start = 0) const;
@@ -117,7 +130,10 @@ public:
 
     friend J3String operator+(J3String left, const J3String& right) { return std::move(left += right); }
     friend bool operator==(const J3String& left, const J3String& right) { return left._text == right._text; }
-    friend bool operator==(const J3String& left, const wchar_t* right) { return right && left._text == right; }
+    friend bool operator==(const J3String& left, const wchar_t* right) ///< null is the empty text
+    {
+        return right ? left._text == right : left._text.empty();
+    }
     friend std::strong_ordering operator<=>(const J3String& left, const J3String& right)
     {
         return left._text <=> right._text;
@@ -128,3 +144,9 @@ private:
 };
 
 } // namespace Kivo
+
+/// Lets a J3String be the key of an unordered container.
+template <>
+struct std::hash<Kivo::J3String> {
+    std::size_t operator()(const Kivo::J3String& text) const { return text.hash(); }
+};

@@ -290,8 +290,8 @@ std::wstring_view viewOf(const wchar_t* text) { return text ? std::wstring_view(
 
 void _j3_wstring_vformat(std::wstring* out, const std::wstring& format, std::va_list arguments)
 {
-    if (!out)
-        return J3_REPORT("out", "out is Null!", "Foundation/J3StringFormat");
+    if (!J3_REQUIRE_ARGUMENT(out, "Foundation/J3StringFormat"))
+        return;
     const Formatter formatted(format, arguments);
     out->append(formatted.data(), formatted.size());
 }

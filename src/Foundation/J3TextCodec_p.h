@@ -37,7 +37,8 @@ std::string encodeUtf8(std::wstring_view text);
 std::wstring decode(std::string_view text, const std::locale& encoding);
 std::string encode(std::wstring_view text, const std::locale& encoding);
 
-/// Convert with iconv; the result is empty when it does not know the encoding.
+/// Convert with iconv; the result is empty when it does not know the encoding. Throws a J3Exception when the system
+/// gives no descriptor to find that out with.
 std::wstring decode(std::string_view text, const std::string& encodingName);
 std::string encode(std::wstring_view text, const std::string& encodingName);
 

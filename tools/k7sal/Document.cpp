@@ -5,8 +5,6 @@
 
 #include "Text.h"
 
-#include <CLI/CLI.hpp>
-
 #include <cmath>
 #include <iostream>
 
@@ -95,24 +93,10 @@ Sections reportSections()
     return result;
 }
 
-Sections namedSections(const std::vector<std::string>& keys)
+Sheet collectSheet(const Section& section)
 {
-    Sections named;
-    for (const std::string& key : keys) {
-        const Section* const section = findSection(key);
-        if (!section)
-            throw CLI::ValidationError("section", "\"" + key + "\" is not a section; \"-o help\" lists them");
-        named.push_back(section);
-    }
-    return named;
+    return {section.key, section.heading, section.shape, section.busiest, section.columns(), section.collect()};
 }
-
-Sheet sheetOf(const Section& section, Collected collected)
-{
-    return {section.key, section.heading, section.shape, section.busiest, section.columns(), std::move(collected)};
-}
-
-Sheet collectSheet(const Section& section) { return sheetOf(section, section.collect()); }
 
 Document collectDocument(const Sections& sections)
 {

@@ -24,9 +24,6 @@ constexpr std::size_t CELL_TEXT = 4 * Table::CELL_WIDTH;
 
 bool isSize(Unit unit) { return unit == Unit::BYTES || unit == Unit::KIBIBYTES; }
 
-/// Shorter times have decimals where they were measured.
-constexpr float64 SHORT = 10;
-
 std::string numberText(float64 number, const std::string& plain, Unit unit)
 {
     switch (unit) {
@@ -35,7 +32,7 @@ std::string numberText(float64 number, const std::string& plain, Unit unit)
     case Unit::KIBIBYTES:
         return sizeText(number * 1024);
     case Unit::SECONDS:
-        return number > -SHORT && number < SHORT ? plain + " s" : durationText(number);
+        return durationText(number);
     default:
         return *symbolOf(unit) ? plain + " " + symbolOf(unit) : plain;
     }
@@ -57,39 +54,34 @@ std::string joined(const Parts& parts, const char* separator, Text&& text)
 }
 
 struct CellMaker {
-    const ColumnInfo& column;
+    Unit unit;
 
     std::string operator()(std::monostate) const { return UNKNOWN; }
     std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
     std::string operator()(const std::string& text) const { return text.empty() ? UNKNOWN : text.substr(0, CELL_TEXT); }
     std::string operator()(const Real& real) const
     {
-        return std::isfinite(real.value)
-                   ? numberText(real.value, formatted("%.*f", real.decimals, real.value), column.unit)
-                   : UNKNOWN;
+        return std::isfinite(real.value) ? numberText(real.value, formatted("%.*f", real.decimals, real.value), unit)
+                                         : UNKNOWN;
     }
     std::string operator()(const List& list) const
     {
-        return list.empty() ? NONE : joined(list, ", ", [&](const Value& value) { return cellText(value, column); });
+        return list.empty() ? NONE : joined(list, ", ", [&](const Value& value) { return cellText(value, unit); });
     }
     std::string operator()(const Row& row) const
     {
-        return row.empty() || !column.nested ? UNKNOWN : cellText(row.front().value, column.nested().front());
+        return joined(row, " ", [&](const Field& field) {
+            return field.value.isKnown() ? cellText(field.value, Unit::NONE) : std::string();
+        });
     }
     template <class Integer>
     std::string operator()(Integer number) const
     {
-        return numberText(static_cast<float64>(number), std::to_string(number), column.unit);
+        return numberText(static_cast<float64>(number), std::to_string(number), unit);
     }
 };
 
 using Indices = std::vector<std::size_t>;
-
-bool isKnown(const Sheet& sheet, std::size_t column)
-{
-    return std::any_of(sheet.data.rows.begin(), sheet.data.rows.end(),
-                       [&](const std::vector<Value>& row) { return row[column].isKnown(); });
-}
 
 /// The columns that a text of the sheet shows.
 Indices shownColumns(const Sheet& sheet, const View& view)
@@ -97,8 +89,7 @@ Indices shownColumns(const Sheet& sheet, const View& view)
     Indices shown;
     for (std::size_t i = 0; i < sheet.columns.size(); ++i) {
         const ColumnInfo& column = sheet.columns[i];
-        if (view.detail != Detail::USUAL ||
-            (!column.has(DETAIL) && (view.live || !column.has(LIVE_ONLY) || isKnown(sheet, i))))
+        if (view.detailed || (!column.has(DETAIL) && (view.live || !column.has(LIVE_ONLY))))
             shown.push_back(i);
     }
     return shown;
@@ -111,7 +102,7 @@ Indices shownRows(const Sheet& sheet, const View& view)
     std::iota(rows.begin(), rows.end(), 0U);
     const auto counter = std::find_if(sheet.columns.begin(), sheet.columns.end(),
                                       [](const ColumnInfo& column) { return column.has(COUNTER); });
-    std::size_t most = view.detail != Detail::USUAL ? 0 : sheet.busiest;
+    std::size_t most = view.detailed ? 0 : sheet.busiest;
     if (view.room > 0 && (most == 0 || view.room < most))
         most = view.room;
     if (most == 0 || most >= rows.size())
@@ -157,35 +148,9 @@ private:
     std::optional<float64> _whole;
 };
 
-/// The fields of a nested record, a line each.
-void addFields(Table* table, const ColumnInfo& column, const Row& row)
-{
-    const std::vector<ColumnInfo> columns = column.nested();
-    for (std::size_t i = 0; i < std::min(row.size(), columns.size()); ++i)
-        table->add({std::string(column.heading) + " " + columns[i].heading, cellText(row[i].value, columns[i])});
-}
-
-/// Nested records, a line each.
-void addRecords(Table* table, const ColumnInfo& column, const List& list)
-{
-    if (list.empty())
-        table->add({column.heading, NONE});
-    const std::vector<ColumnInfo> columns = column.nested();
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        std::string text;
-        if (const Row* const row = list[i].as<Row>())
-            for (std::size_t field = 0; field < std::min(row->size(), columns.size()); ++field)
-                text += (field == 0 ? "" : " ") + cellText((*row)[field].value, columns[field]);
-        table->add({i == 0 ? column.heading : "", text});
-    }
-}
-
 } // namespace
 
-std::string cellText(const Value& value, const ColumnInfo& column)
-{
-    return std::visit(CellMaker{column}, value.storage());
-}
+std::string cellText(const Value& value, Unit unit) { return std::visit(CellMaker{unit}, value.storage()); }
 
 std::string recordText(const Sheet& sheet, const std::vector<Value>& row, const View& view)
 {
@@ -193,12 +158,7 @@ std::string recordText(const Sheet& sheet, const std::vector<Value>& row, const 
     SizeBars bars;
     for (const std::size_t i : shownColumns(sheet, view)) {
         const ColumnInfo& column = sheet.columns[i];
-        if (const Row* const nested = row[i].as<Row>(); nested && column.nested)
-            addFields(&table, column, *nested);
-        else if (const List* const list = row[i].as<List>(); list && column.nested)
-            addRecords(&table, column, *list);
-        else
-            table.add({column.heading, cellText(row[i], column), bars.next(column, row[i])});
+        table.add({column.heading, cellText(row[i], column.unit), bars.next(column, row[i])});
     }
     return table.text();
 }
@@ -208,7 +168,7 @@ std::string sheetText(const Sheet& sheet, const View& view)
     const std::vector<std::vector<Value>>& rows = sheet.data.rows;
     if (!sheet.data.known || rows.empty())
         return std::string("  ") + emptyText(sheet, view) + "\n";
-    if (sheet.shape == Shape::RECORD || view.detail == Detail::ONE_RECORD)
+    if (sheet.shape == Shape::RECORD)
         return recordText(sheet, rows.front(), view);
 
     const Indices columns = shownColumns(sheet, view);
@@ -223,7 +183,7 @@ std::string sheetText(const Sheet& sheet, const View& view)
     for (const std::size_t row : shown) {
         std::vector<std::string> cells;
         for (const std::size_t i : columns)
-            cells.push_back(cellText(rows[row][i], sheet.columns[i]));
+            cells.push_back(cellText(rows[row][i], sheet.columns[i].unit));
         table.add(std::move(cells));
     }
     const std::size_t more = rows.size() - shown.size();
@@ -234,8 +194,7 @@ std::string documentText(const Document& document, const View& view)
 {
     std::string text;
     for (const Sheet& sheet : document)
-        if (const std::string body = sheetText(sheet, view); !body.empty())
-            text += (text.empty() ? "" : "\n") + styled(Style::HEADING, sheet.heading) + "\n" + body;
+        text += (text.empty() ? "" : "\n") + styled(Style::HEADING, sheet.heading) + "\n" + sheetText(sheet, view);
     return text;
 }
 
