@@ -35,6 +35,7 @@ enum Trait : uint16 {
     VOLATILE = 1 << 1,  ///< changes by itself from one look to the next
     DETAIL = 1 << 3,    ///< left out of the usual table, for want of room
     LIVE_ONLY = 1 << 4, ///< only a running kernel can tell, or only a recent one can write it into a file
+    LABEL = 1 << 5,     ///< says in words what a record is, and stands beside its rates
 
     /// Only grows, so that its growth per second is a rate; volatile too.
     COUNTER = 1 << 2 | VOLATILE,

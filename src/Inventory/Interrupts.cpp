@@ -17,7 +17,8 @@ constexpr Column<Interrupt> COLUMNS[] = {
         {"name", "interrupt", "Number or name of the interrupt", Unit::NONE, Align::LEFT, IDENTITY}),
     column<&Interrupt::count>({"count", "count", "Times that it came since the start, on the cores that are online",
                                Unit::NONE, Align::RIGHT, COUNTER}),
-    column<&Interrupt::description>({"description", "description", "Controller, kind and devices of the interrupt"}),
+    column<&Interrupt::description>({"description", "description", "Controller, kind and devices of the interrupt",
+                                     Unit::NONE, Align::LEFT, LABEL}),
 };
 
 } // namespace

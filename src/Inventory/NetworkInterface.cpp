@@ -49,22 +49,24 @@ constexpr Column<Address> ADDRESS_COLUMNS[] = {
 };
 
 template <auto Member>
-constexpr Column<Traffic> counter(const char* key, const char* heading, const char* help, Unit unit = Unit::NONE)
+constexpr Column<Traffic> counter(const char* key, const char* heading, const char* help, Unit unit = Unit::NONE,
+                                  uint16 traits = PLAIN)
 {
-    return column<Member>({key, heading, help, unit, Align::RIGHT, COUNTER});
+    return column<Member>({key, heading, help, unit, Align::RIGHT, static_cast<uint16>(COUNTER | traits)});
 }
 
 constexpr Column<Traffic> TRAFFIC_COLUMNS[] = {
     counter<&Traffic::bytes>("bytes", "bytes", "Bytes of all packets", Unit::BYTES),
     counter<&Traffic::packets>("packets", "packets", "Packets without an error"),
     counter<&Traffic::errs>("errors", "errors", "Packets with an error of any kind"),
-    counter<&Traffic::drop>("dropped", "dropped", "Packets that there was no room for"),
-    counter<&Traffic::fifo>("fifo_errors", "FIFO", "Packets lost in the device's queue"),
-    counter<&Traffic::colls>("collisions", "collisions", "Collisions while sending"),
-    counter<&Traffic::carrier>("carrier_errors", "carrier", "Packets lost with the link while sending"),
-    counter<&Traffic::frame>("frame_errors", "frame", "Received packets with a broken frame"),
-    counter<&Traffic::compressed>("compressed", "compressed", "Compressed packets"),
-    counter<&Traffic::multicast>("multicast", "multicast", "Received multicast packets"),
+    counter<&Traffic::drop>("dropped", "dropped", "Packets that there was no room for", Unit::NONE, DETAIL),
+    counter<&Traffic::fifo>("fifo_errors", "FIFO", "Packets lost in the device's queue", Unit::NONE, DETAIL),
+    counter<&Traffic::colls>("collisions", "collisions", "Collisions while sending", Unit::NONE, DETAIL),
+    counter<&Traffic::carrier>("carrier_errors", "carrier", "Packets lost with the link while sending", Unit::NONE,
+                               DETAIL),
+    counter<&Traffic::frame>("frame_errors", "frame", "Received packets with a broken frame", Unit::NONE, DETAIL),
+    counter<&Traffic::compressed>("compressed", "compressed", "Compressed packets", Unit::NONE, DETAIL),
+    counter<&Traffic::multicast>("multicast", "multicast", "Received multicast packets", Unit::NONE, DETAIL),
 };
 
 // --- columns of an interface

@@ -24,22 +24,6 @@ namespace Kivo::Inventory {
 namespace {
 
 template <class Record>
-Collected collected(Reading<Record> reading)
-{
-    return {true, {valuesOf(reading.record)}, std::move(reading.problems)};
-}
-
-template <class Record>
-Collected collected(Listing<Record> listing)
-{
-    Collected result{listing.known, {}, std::move(listing.problems)};
-    result.rows.reserve(listing.records.size());
-    for (const Record& record : listing.records)
-        result.rows.push_back(valuesOf(record));
-    return result;
-}
-
-template <class Record>
 constexpr Section section(const char* key, const char* heading, const char* help, Reading<Record> (*)(),
                           Collected (*collect)())
 {
@@ -66,7 +50,7 @@ constexpr Section onRequest(Section section)
     return section;
 }
 
-[[maybe_unused]] constexpr Section busiest(std::size_t count, Section section)
+constexpr Section busiest(std::size_t count, Section section)
 {
     section.busiest = count;
     return section;
@@ -79,13 +63,14 @@ constexpr Section SECTIONS[] = {
     section<readMemory>("memory", "Memory", "Main memory and swap, and what holds them"),
     section<readProcessor>("processor", "Processor", "The processor as a whole and its use since the start"),
     section<listCores>("cores", "Cores", "The cores of the processor, their frequencies and their use"),
-    section<listInterrupts>("interrupts", "Interrupts", "Interrupts and how often they came"),
+    busiest(5, section<listInterrupts>("interrupts", "Interrupts", "Interrupts and how often they came")),
     section<listPciFunctions>("pci_functions", "PCI functions", "Functions of PCI devices, their drivers and links"),
     section<listBlockDevices>("block_devices", "Block devices", "Disks and other block devices, and their traffic"),
-    section<listNetworkInterfaces>("network_interfaces", "Network interfaces", "Links, addresses and traffic"),
+    section<listNetworkInterfaces>(SectionKey::NETWORK_INTERFACES, "Network interfaces",
+                                   "Links, addresses and traffic"),
     section<listRoutes>("routes", "Routes", "Where packets are sent"),
     section<listSensors>("sensors", "Sensors", "Temperatures, fans, voltages and currents, with their limits"),
-    onRequest(section<listProcesses>("processes", "Processes", "Processes and what they use of the machine")),
+    onRequest(section<listProcesses>(SectionKey::PROCESSES, "Processes", "Processes and what they use of the machine")),
 };
 
 } // namespace

@@ -33,6 +33,14 @@ struct Section {
     std::size_t busiest = 0; ///< how many records the usual text shows, those of the largest first counter; 0 for all
 };
 
+/// @{ Keys of the sections that a reader asks for by name.
+namespace SectionKey {
+inline constexpr const char* NETWORK_INTERFACES = "network_interfaces";
+inline constexpr const char* NAME_SERVERS = "name_servers";
+inline constexpr const char* PROCESSES = "processes";
+} // namespace SectionKey
+/// @}
+
 /// Every section, in the order of a report.
 [[nodiscard]] K7INVENTORY_API std::span<const Section> sections();
 
@@ -48,5 +56,23 @@ template <class Record>
         values.push_back(column.read(record));
     return values;
 }
+
+/// @{ What was read of a subject, without its type.
+template <class Record>
+[[nodiscard]] Collected collected(Reading<Record> reading)
+{
+    return {true, {valuesOf(reading.record)}, std::move(reading.problems)};
+}
+
+template <class Record>
+[[nodiscard]] Collected collected(Listing<Record> listing)
+{
+    Collected result{listing.known, {}, std::move(listing.problems)};
+    result.rows.reserve(listing.records.size());
+    for (const Record& record : listing.records)
+        result.rows.push_back(valuesOf(record));
+    return result;
+}
+/// @}
 
 } // namespace Kivo::Inventory

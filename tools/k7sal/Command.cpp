@@ -17,6 +17,7 @@ namespace {
 constexpr Command COMMANDS[] = {
     {"report", "Show what the library sees of the machine", declareReport},
     {"capture", "Copy what the library reads of this machine, for --root elsewhere", declareCapture},
+    {"watch", "Show interrupts, processor use, disk and network traffic per second", declareWatch},
     {"net", "Show network interfaces", declareNet},
     {"dns", "Show or set the name servers", declareDns},
     {"ping", "Grade the network path to IPv4 addresses", declarePing},

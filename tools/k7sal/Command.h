@@ -40,6 +40,7 @@ struct Command {
 void declareReport(CLI::App& command, Session& session);
 void declareCapture(CLI::App& command, Session& session);
 void declareProcess(CLI::App& command, Session& session);
+void declareWatch(CLI::App& command, Session& session);
 void declareNet(CLI::App& command, Session& session);
 void declareDns(CLI::App& command, Session& session);
 void declarePing(CLI::App& command, Session& session);

@@ -5,6 +5,8 @@
 
 #include "Text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cmath>
 #include <iostream>
 
@@ -93,10 +95,24 @@ Sections reportSections()
     return result;
 }
 
-Sheet collectSheet(const Section& section)
+Sections namedSections(const std::vector<std::string>& keys)
 {
-    return {section.key, section.heading, section.shape, section.busiest, section.columns(), section.collect()};
+    Sections named;
+    for (const std::string& key : keys) {
+        const Section* const section = findSection(key);
+        if (!section)
+            throw CLI::ValidationError("section", "\"" + key + "\" is not a section; \"-o help\" lists them");
+        named.push_back(section);
+    }
+    return named;
 }
+
+Sheet sheetOf(const Section& section, Collected collected)
+{
+    return {section.key, section.heading, section.shape, section.busiest, section.columns(), std::move(collected)};
+}
+
+Sheet collectSheet(const Section& section) { return sheetOf(section, section.collect()); }
 
 Document collectDocument(const Sections& sections)
 {

@@ -34,8 +34,14 @@ using Sections = std::vector<const Kivo::Inventory::Section*>;
 /// What a report shows when no section is named.
 [[nodiscard]] Sections reportSections();
 
+/// The sections of these keys. @throws CLI::ValidationError for a key that there is not
+[[nodiscard]] Sections namedSections(const std::vector<std::string>& keys);
+
 /// Read a section now, from the machine or the captured tree.
 [[nodiscard]] Sheet collectSheet(const Kivo::Inventory::Section& section);
+
+/// What was read of a section's subject by other means.
+[[nodiscard]] Sheet sheetOf(const Kivo::Inventory::Section& section, Kivo::Inventory::Collected collected);
 
 /// Read sections now, in their order.
 [[nodiscard]] Document collectDocument(const Sections& sections = reportSections());

@@ -1,62 +1,117 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// k7sal process: finds, tests and ends processes by the text of their first argument.
+// k7sal process: lists, finds, tests and ends processes by the text of their program name.
 #include "Command.h"
+#include "Show.h"
 
+#include "Inventory/Process.h"
 #include "OS/System/Shell.h"
 
-#include <fstream>
 #include <iostream>
 
 #include <unistd.h>
 
 namespace K7Tool {
 
-using Shell = Kivo::K7SystemUtil::Shell;
+using namespace Kivo;
+using namespace Kivo::Inventory;
 
 namespace {
 
-struct Named {
-    std::string name;
-};
+const Section& processes() { return *findSection(SectionKey::PROCESSES); }
 
-std::string ownFirstArgument()
+/// The processes with a text in their program name, without this one.
+Listing<Process> matching(const Session& session, const std::string& name)
 {
-    std::ifstream file("/proc/self/cmdline");
-    std::string text;
-    std::getline(file, text, '\0');
-    return text;
+    Listing<Process> found = name.empty() ? listProcesses() : findProcesses(name);
+    if (session.isLive())
+        std::erase_if(found.records, [](const Process& process) { return process.pid == ::getpid(); });
+    return found;
 }
 
-int find(const std::string& name)
+/// What a command says when it is not known which processes there are. @return EXIT_FAILED
+int cannotTell(const std::string& command, const Listing<Process>& processes)
 {
-    const Kivo::int32 pid = Shell::getProcessId(name.c_str());
-    if (pid < 0)
-        return failed("process find", "no process has \"" + name + "\" in its program name");
-    std::cout << pid << "\n";
-    return EXIT_DONE;
+    return processes.problems.empty() ? failed(command, "there is no list of processes to look into")
+                                      : reportProblems(processes.problems);
 }
 
-int alive(const std::string& name)
+std::string nobodyHas(const std::string& name) { return "no process has \"" + name + "\" in its program name"; }
+
+int list(const Session& session, const std::string& name, const ColumnOption& columns)
 {
-    const bool is = Shell::isAliveProcess(name.c_str(), nullptr, -1);
-    std::cout << (is ? "alive" : "not alive") << "\n";
+    if (columns.asksForHelp())
+        return showColumns({&processes()});
+    Listing<Process> found = matching(session, name);
+    if (!found.known && found.problems.empty())
+        return cannotTell("process list", found);
+    Sheet sheet = sheetOf(processes(), collected(std::move(found)));
+    columns.applyTo(sheet);
+    return showDocument(session, {std::move(sheet)}, columns.detail());
+}
+
+int find(const Session& session, const std::string& name)
+{
+    const Listing<Process> found = matching(session, name);
+    if (!found.known)
+        return cannotTell("process find", found);
+    if (session.json) {
+        Sheet sheet = sheetOf(processes(), collected(found));
+        return std::max(showDocument(session, {std::move(sheet)}, Detail::USUAL),
+                        static_cast<int>(found.records.empty() ? EXIT_FAILED : EXIT_DONE));
+    }
+    for (const Process& process : found.records)
+        std::cout << process.pid << "\n";
+    return found.records.empty() ? failed("process find", nobodyHas(name)) : reportProblems(found.problems);
+}
+
+int alive(const Session& session, const std::string& name)
+{
+    const Listing<Process> found = matching(session, name);
+    if (found.records.empty() && (!found.known || !found.problems.empty()))
+        return cannotTell("process alive", found);
+    const bool is = !found.records.empty();
+    if (session.json) {
+        Json document = emptyDocument(found.problems);
+        document["alive"] = is;
+        printJson(document);
+    } else {
+        std::cout << (is ? "alive" : "not alive") << "\n";
+    }
     return is ? EXIT_DONE : EXIT_FAILED;
 }
 
 int kill(const Session& session, const std::string& name)
 {
     refuseRoot(session, "process kill");
-    if (ownFirstArgument().find(name) != std::string::npos)
-        return failed("process kill", "\"" + name + "\" is in this tool's own program name; give a longer part");
-    if (Shell::getProcessId(name.c_str()) < 0)
-        return failed("process kill", "no process has \"" + name + "\" in its program name");
-    Shell::killProcess(name.c_str());
-    const Kivo::int32 left = Shell::getProcessId(name.c_str());
-    if (left >= 0)
-        return failed("process kill",
-                      "process " + std::to_string(left) + " could not be ended; is the privilege missing?");
+    const Listing<Process> all = findProcesses(name);
+    for (const Process& process : all.records)
+        if (process.pid == ::getpid())
+            return failed("process kill", "\"" + name + "\" is in this tool's own program name; give a longer part");
+    if (!all.known)
+        return cannotTell("process kill", all);
+    if (all.records.empty())
+        return failed("process kill", nobodyHas(name));
+    K7SystemUtil::Shell::killProcess(name.c_str());
+    const Listing<Process> left = findProcesses(name);
+    if (!left.known)
+        return cannotTell("process kill", left);
+    if (!left.records.empty())
+        return failed("process kill", "process " + std::to_string(left.records.front().pid) +
+                                          " could not be ended; is the privilege missing?");
     return EXIT_DONE;
+}
+
+/// Declare a command about processes of one name.
+template <class Run>
+void declareNamed(CLI::App& command, Session& session, const char* verb, const char* help, Run run)
+{
+    CLI::App* const sub = command.add_subcommand(verb, help);
+    const auto name = std::make_shared<std::string>();
+    sub->add_option("name", *name, "A part of the program name (the first argument)")
+        ->required()
+        ->check([](const std::string& text) { return text.empty() ? "is empty" : ""; });
+    sub->callback([&session, name, run] { session.exitCode = run(session, *name); });
 }
 
 } // namespace
@@ -64,17 +119,15 @@ int kill(const Session& session, const std::string& name)
 void declareProcess(CLI::App& command, Session& session)
 {
     command.require_subcommand(1);
-    const auto add = [&](const char* verb, const char* help, auto run) {
-        CLI::App* const sub = command.add_subcommand(verb, help);
-        const auto named = std::make_shared<Named>();
-        sub->add_option("name", named->name, "A part of the program name (the first argument)")
-            ->required()
-            ->check(CLI::Validator([](std::string& text) { return text.empty() ? "is empty" : ""; }, "TEXT"));
-        sub->callback([&session, named, run] { session.exitCode = run(session, named->name); });
-    };
-    add("find", "Print the process number", [](const Session&, const std::string& name) { return find(name); });
-    add("alive", "Tell whether it is running", [](const Session&, const std::string& name) { return alive(name); });
-    add("kill", "End every such process", kill);
+    CLI::App* const lister = command.add_subcommand("list", "Show processes and what they use of the machine");
+    const auto name = std::make_shared<std::string>();
+    const auto columns = std::make_shared<ColumnOption>();
+    lister->add_option("name", *name, "Only those with this part in the program name (the first argument)");
+    columns->declare(*lister);
+    lister->callback([&session, name, columns] { session.exitCode = list(session, *name, *columns); });
+    declareNamed(command, session, "find", "Print the numbers of matching processes", find);
+    declareNamed(command, session, "alive", "Check whether a matching process runs", alive);
+    declareNamed(command, session, "kill", "End every matching process", kill);
 }
 
 } // namespace K7Tool

@@ -24,6 +24,9 @@ constexpr std::size_t CELL_TEXT = 4 * Table::CELL_WIDTH;
 
 bool isSize(Unit unit) { return unit == Unit::BYTES || unit == Unit::KIBIBYTES; }
 
+/// Shorter times have decimals where they were measured.
+constexpr float64 SHORT = 10;
+
 std::string numberText(float64 number, const std::string& plain, Unit unit)
 {
     switch (unit) {
@@ -32,7 +35,7 @@ std::string numberText(float64 number, const std::string& plain, Unit unit)
     case Unit::KIBIBYTES:
         return sizeText(number * 1024);
     case Unit::SECONDS:
-        return durationText(number);
+        return number > -SHORT && number < SHORT ? plain + " s" : durationText(number);
     default:
         return *symbolOf(unit) ? plain + " " + symbolOf(unit) : plain;
     }
@@ -54,34 +57,39 @@ std::string joined(const Parts& parts, const char* separator, Text&& text)
 }
 
 struct CellMaker {
-    Unit unit;
+    const ColumnInfo& column;
 
     std::string operator()(std::monostate) const { return UNKNOWN; }
     std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
     std::string operator()(const std::string& text) const { return text.empty() ? UNKNOWN : text.substr(0, CELL_TEXT); }
     std::string operator()(const Real& real) const
     {
-        return std::isfinite(real.value) ? numberText(real.value, formatted("%.*f", real.decimals, real.value), unit)
-                                         : UNKNOWN;
+        return std::isfinite(real.value)
+                   ? numberText(real.value, formatted("%.*f", real.decimals, real.value), column.unit)
+                   : UNKNOWN;
     }
     std::string operator()(const List& list) const
     {
-        return list.empty() ? NONE : joined(list, ", ", [&](const Value& value) { return cellText(value, unit); });
+        return list.empty() ? NONE : joined(list, ", ", [&](const Value& value) { return cellText(value, column); });
     }
     std::string operator()(const Row& row) const
     {
-        return joined(row, " ", [&](const Field& field) {
-            return field.value.isKnown() ? cellText(field.value, Unit::NONE) : std::string();
-        });
+        return row.empty() || !column.nested ? UNKNOWN : cellText(row.front().value, column.nested().front());
     }
     template <class Integer>
     std::string operator()(Integer number) const
     {
-        return numberText(static_cast<float64>(number), std::to_string(number), unit);
+        return numberText(static_cast<float64>(number), std::to_string(number), column.unit);
     }
 };
 
 using Indices = std::vector<std::size_t>;
+
+bool isKnown(const Sheet& sheet, std::size_t column)
+{
+    return std::any_of(sheet.data.rows.begin(), sheet.data.rows.end(),
+                       [&](const std::vector<Value>& row) { return row[column].isKnown(); });
+}
 
 /// The columns that a text of the sheet shows.
 Indices shownColumns(const Sheet& sheet, const View& view)
@@ -89,7 +97,8 @@ Indices shownColumns(const Sheet& sheet, const View& view)
     Indices shown;
     for (std::size_t i = 0; i < sheet.columns.size(); ++i) {
         const ColumnInfo& column = sheet.columns[i];
-        if (view.detailed || (!column.has(DETAIL) && (view.live || !column.has(LIVE_ONLY))))
+        if (view.detail != Detail::USUAL ||
+            (!column.has(DETAIL) && (view.live || !column.has(LIVE_ONLY) || isKnown(sheet, i))))
             shown.push_back(i);
     }
     return shown;
@@ -102,7 +111,7 @@ Indices shownRows(const Sheet& sheet, const View& view)
     std::iota(rows.begin(), rows.end(), 0U);
     const auto counter = std::find_if(sheet.columns.begin(), sheet.columns.end(),
                                       [](const ColumnInfo& column) { return column.has(COUNTER); });
-    std::size_t most = view.detailed ? 0 : sheet.busiest;
+    std::size_t most = view.detail != Detail::USUAL ? 0 : sheet.busiest;
     if (view.room > 0 && (most == 0 || view.room < most))
         most = view.room;
     if (most == 0 || most >= rows.size())
@@ -148,9 +157,35 @@ private:
     std::optional<float64> _whole;
 };
 
+/// The fields of a nested record, a line each.
+void addFields(Table* table, const ColumnInfo& column, const Row& row)
+{
+    const std::vector<ColumnInfo> columns = column.nested();
+    for (std::size_t i = 0; i < std::min(row.size(), columns.size()); ++i)
+        table->add({std::string(column.heading) + " " + columns[i].heading, cellText(row[i].value, columns[i])});
+}
+
+/// Nested records, a line each.
+void addRecords(Table* table, const ColumnInfo& column, const List& list)
+{
+    if (list.empty())
+        table->add({column.heading, NONE});
+    const std::vector<ColumnInfo> columns = column.nested();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        std::string text;
+        if (const Row* const row = list[i].as<Row>())
+            for (std::size_t field = 0; field < std::min(row->size(), columns.size()); ++field)
+                text += (field == 0 ? "" : " ") + cellText((*row)[field].value, columns[field]);
+        table->add({i == 0 ? column.heading : "", text});
+    }
+}
+
 } // namespace
 
-std::string cellText(const Value& value, Unit unit) { return std::visit(CellMaker{unit}, value.storage()); }
+std::string cellText(const Value& value, const ColumnInfo& column)
+{
+    return std::visit(CellMaker{column}, value.storage());
+}
 
 std::string recordText(const Sheet& sheet, const std::vector<Value>& row, const View& view)
 {
@@ -158,7 +193,12 @@ std::string recordText(const Sheet& sheet, const std::vector<Value>& row, const 
     SizeBars bars;
     for (const std::size_t i : shownColumns(sheet, view)) {
         const ColumnInfo& column = sheet.columns[i];
-        table.add({column.heading, cellText(row[i], column.unit), bars.next(column, row[i])});
+        if (const Row* const nested = row[i].as<Row>(); nested && column.nested)
+            addFields(&table, column, *nested);
+        else if (const List* const list = row[i].as<List>(); list && column.nested)
+            addRecords(&table, column, *list);
+        else
+            table.add({column.heading, cellText(row[i], column), bars.next(column, row[i])});
     }
     return table.text();
 }
@@ -168,7 +208,7 @@ std::string sheetText(const Sheet& sheet, const View& view)
     const std::vector<std::vector<Value>>& rows = sheet.data.rows;
     if (!sheet.data.known || rows.empty())
         return std::string("  ") + emptyText(sheet, view) + "\n";
-    if (sheet.shape == Shape::RECORD)
+    if (sheet.shape == Shape::RECORD || view.detail == Detail::ONE_RECORD)
         return recordText(sheet, rows.front(), view);
 
     const Indices columns = shownColumns(sheet, view);
@@ -183,7 +223,7 @@ std::string sheetText(const Sheet& sheet, const View& view)
     for (const std::size_t row : shown) {
         std::vector<std::string> cells;
         for (const std::size_t i : columns)
-            cells.push_back(cellText(rows[row][i], sheet.columns[i].unit));
+            cells.push_back(cellText(rows[row][i], sheet.columns[i]));
         table.add(std::move(cells));
     }
     const std::size_t more = rows.size() - shown.size();
@@ -194,7 +234,8 @@ std::string documentText(const Document& document, const View& view)
 {
     std::string text;
     for (const Sheet& sheet : document)
-        text += (text.empty() ? "" : "\n") + styled(Style::HEADING, sheet.heading) + "\n" + sheetText(sheet, view);
+        if (const std::string body = sheetText(sheet, view); !body.empty())
+            text += (text.empty() ? "" : "\n") + styled(Style::HEADING, sheet.heading) + "\n" + body;
     return text;
 }
 

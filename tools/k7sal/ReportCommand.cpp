@@ -15,18 +15,6 @@ struct ReportOptions {
     ColumnOption columns;
 };
 
-Sections namedSections(const std::vector<std::string>& keys)
-{
-    Sections named;
-    for (const std::string& key : keys) {
-        const Section* const section = findSection(key);
-        if (!section)
-            throw CLI::ValidationError("report", "\"" + key + "\" is not a section; \"-o help\" lists them");
-        named.push_back(section);
-    }
-    return named;
-}
-
 Sections allSections()
 {
     Sections all;
@@ -45,7 +33,7 @@ int report(const Session& session, const ReportOptions& options)
     Document document = collectDocument(named.empty() ? reportSections() : named);
     if (options.columns.isGiven())
         options.columns.applyTo(document.front());
-    return showDocument(session, document, options.columns.isGiven());
+    return showDocument(session, document, options.columns.detail());
 }
 
 } // namespace

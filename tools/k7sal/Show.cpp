@@ -3,8 +3,6 @@
 // Showing what was read, as text or JSON, with the columns that were asked for.
 #include "Show.h"
 
-#include "Render.h"
-
 #include <algorithm>
 #include <iostream>
 
@@ -47,12 +45,12 @@ int showColumns(const Sections& sections)
     return EXIT_DONE;
 }
 
-int showDocument(const Session& session, const Document& document, bool detailed)
+int showDocument(const Session& session, const Document& document, Detail detail)
 {
     if (session.json)
         printJson(toJson(document));
     else
-        std::cout << documentText(document, {session.isLive(), detailed, 0});
+        std::cout << documentText(document, {session.isLive(), detail, 0});
     return reportProblems(problemsOf(document));
 }
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Command.h"
-#include "Document.h"
+#include "Render.h"
 
 namespace K7Tool {
 
@@ -17,6 +17,8 @@ struct ColumnOption {
     [[nodiscard]] bool isGiven() const { return !names.empty(); }
     [[nodiscard]] bool asksForHelp() const { return names.size() == 1 && names.front() == "help"; }
 
+    [[nodiscard]] Detail detail() const { return isGiven() ? Detail::ALL : Detail::USUAL; }
+
     /// Keep the chosen columns of a sheet; all when none was named. @throws CLI::ValidationError for an unknown name
     void applyTo(Sheet& sheet) const;
 };
@@ -25,8 +27,7 @@ struct ColumnOption {
 int showColumns(const Sections& sections);
 
 /// Print a document as the session wants it, and what could not be read to standard error.
-/// @param detailed every column and record in text; JSON has them always
 /// @return EXIT_FAILED when something could not be read
-int showDocument(const Session& session, const Document& document, bool detailed);
+int showDocument(const Session& session, const Document& document, Detail detail);
 
 } // namespace K7Tool

@@ -113,17 +113,22 @@ std::string fitted(std::string text, std::size_t width)
 std::string sizeText(double bytes)
 {
     const char* const units[] = {"B", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+    constexpr double SMALL = 10000; // below this every byte counts, as of an MTU
     double value = bytes > 0 ? bytes : 0;
+    if (value < SMALL)
+        return formatted("%.0f B", value);
     std::size_t unit = 0;
     for (; value >= 1024 && unit + 1 < std::size(units); ++unit)
         value /= 1024;
-    return formatted(unit == 0 ? "%.0f %s" : "%.1f %s", value, units[unit]);
+    return formatted("%.1f %s", value, units[unit]);
 }
 
 std::string durationText(double seconds)
 {
     using Long = unsigned long long;
     constexpr double LONGEST = 1e15;
+    if (seconds < 0)
+        return "-" + durationText(-seconds);
     const auto whole = static_cast<Long>(seconds > 0 ? std::min(seconds, LONGEST) : 0);
     const Long days = whole / 86400;
     const Long hours = whole / 3600 % 24;

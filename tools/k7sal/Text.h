@@ -27,10 +27,10 @@ namespace K7Tool {
 template <class... Arguments>
 [[nodiscard]] std::string formatted(const char* format, Arguments... arguments);
 
-/// "412.3 MiB"; "0 B" for what is not positive
+/// "412.3 MiB", "1500 B"; "0 B" for what is not positive
 [[nodiscard]] std::string sizeText(double bytes);
 
-/// "2 d 03 h 05 min", "14 s"; "0 s" for what is not positive
+/// "2 d 03 h 05 min", "14 s", "-1 h 00 min"; "0 s" for what is not a number
 [[nodiscard]] std::string durationText(double seconds);
 
 /// "[####......]" for a part of a whole
