@@ -14,6 +14,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <ifaddrs.h>
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
@@ -77,6 +78,8 @@ public:
 
     [[nodiscard]] static std::string path(const char* systemPath) { return systemPath; }
 
+    static constexpr bool isLive = true;
+
     bool isReady;
 
 private:
@@ -122,6 +125,13 @@ public:
             file << "  " << interfaceName(i)
                  << ":    1086      13    0    0    0     0          0         0     1086      13    0    0    0     0"
                     "       0          0\n";
+        char line[80];
+        std::ofstream addresses(path("/proc/net/if_inet6"));
+        for (int64_t i = 0; i < count; ++i) {
+            std::snprintf(line, sizeof line, "fe80000000000000000000000000%04x %02x 40 20 80 %8s\n",
+                          static_cast<unsigned int>(i), static_cast<unsigned int>(i + 1), interfaceName(i).c_str());
+            addresses << line;
+        }
     }
 
     void haveRoutes() const
@@ -139,6 +149,8 @@ public:
 
     [[nodiscard]] std::string path(const char* systemPath) const { return _top + systemPath; }
 
+    static constexpr bool isLive = false;
+
     bool isReady;
 
 private:
@@ -147,15 +159,19 @@ private:
 
 constexpr const char* NOT_READY = "no network to measure";
 
+void readOnce(const std::string& path)
+{
+    char buffer[8192];
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    while (::read(fd, buffer, sizeof buffer) > 0)
+        benchmark::DoNotOptimize(buffer);
+    ::close(fd);
+}
+
 void readBare(benchmark::State& state, const std::string& path)
 {
-    for ([[maybe_unused]] auto turn : state) {
-        char buffer[8192];
-        const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        while (::read(fd, buffer, sizeof buffer) > 0)
-            benchmark::DoNotOptimize(buffer);
-        ::close(fd);
-    }
+    for ([[maybe_unused]] auto turn : state)
+        readOnce(path);
 }
 
 template <class Place>
@@ -183,15 +199,51 @@ void netDevIoStat(benchmark::State& state)
             return state.SkipWithError("no such interface");
 }
 
+/// Every list that listInterfaces() reads, bare.
+template <class Place>
+void bareInterfaces(benchmark::State& state)
+{
+    Place place;
+    place.haveInterfaces(state.range(0));
+    if (!place.isReady)
+        return state.SkipWithError(NOT_READY);
+    for ([[maybe_unused]] auto turn : state) {
+        readOnce(place.path("/proc/net/dev"));
+        readOnce(place.path("/proc/net/if_inet6"));
+        ifaddrs* first = nullptr;
+        if (place.isLive && ::getifaddrs(&first) == 0)
+            ::freeifaddrs(first);
+    }
+}
+
+template <class Place>
+void interfaces(benchmark::State& state)
+{
+    Place place;
+    place.haveInterfaces(state.range(0));
+    if (!place.isReady)
+        return state.SkipWithError(NOT_READY);
+    std::vector<Network::Interface> found;
+    for ([[maybe_unused]] auto turn : state)
+        if (!Network::listInterfaces(&found))
+            return state.SkipWithError("no interfaces");
+}
+
 // In this order: the live interfaces of one size are there for the next.
 BENCHMARK_TEMPLATE(bareNetDev, LiveNetwork)->Arg(4);
 BENCHMARK_TEMPLATE(netDevIoStat, LiveNetwork)->Arg(4);
+BENCHMARK_TEMPLATE(bareInterfaces, LiveNetwork)->Arg(4);
+BENCHMARK_TEMPLATE(interfaces, LiveNetwork)->Arg(4);
 BENCHMARK_TEMPLATE(bareNetDev, LiveNetwork)->Arg(256);
 BENCHMARK_TEMPLATE(netDevIoStat, LiveNetwork)->Arg(256);
+BENCHMARK_TEMPLATE(bareInterfaces, LiveNetwork)->Arg(256);
+BENCHMARK_TEMPLATE(interfaces, LiveNetwork)->Arg(256);
 BENCHMARK_TEMPLATE(bareNetDev, CapturedNetwork)->Arg(4);
 BENCHMARK_TEMPLATE(netDevIoStat, CapturedNetwork)->Arg(4);
 BENCHMARK_TEMPLATE(bareNetDev, CapturedNetwork)->Arg(256);
 BENCHMARK_TEMPLATE(netDevIoStat, CapturedNetwork)->Arg(256);
+BENCHMARK_TEMPLATE(bareInterfaces, CapturedNetwork)->Arg(256);
+BENCHMARK_TEMPLATE(interfaces, CapturedNetwork)->Arg(256);
 
 template <class Place>
 void bareRoute(benchmark::State& state)

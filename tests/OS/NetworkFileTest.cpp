@@ -63,7 +63,7 @@ J3String reason(bool result) { return result ? J3String(L"it answered") : K7Syst
 
 } // namespace
 
-TEST(NetworkFiles, OfACapturedBoardAnswerAlone)
+TEST(NetworkCaptured, BoardAnswersFromItsFilesAlone)
 {
     const FixtureRoot board("virt-board");
     K7IPv4Address ipv4;
@@ -78,7 +78,7 @@ TEST(NetworkFiles, OfACapturedBoardAnswerAlone)
         EXPECT_EQ(seen, L"needs the live system");
 }
 
-TEST(Gateway, IsOfTheFirstDefaultRouteThatHasOne)
+TEST(NetworkCaptured, GatewayIsOfTheFirstDefaultRouteThatHasOne)
 {
     const std::string route = "eth0\t00000000\t0100A8C0\t0003\t0\t0\t0\t00000000\t0\t0\t0\n";
     std::string thousands;
@@ -99,7 +99,7 @@ TEST(Gateway, IsOfTheFirstDefaultRouteThatHasOne)
                   [](const char* name) { return Network::getDefaultGateway(name).toString(); });
 }
 
-TEST(Gateway, OfIPv6IsTheFirstNextHop)
+TEST(NetworkCaptured, GatewayOfIPv6IsTheFirstNextHop)
 {
     const std::string zeros(32, '0');
     const std::string route = zeros + " 00 " + zeros + " 00 fe800000000000000000000000000002 00000400 00000001 0 ";
@@ -114,20 +114,21 @@ TEST(Gateway, OfIPv6IsTheFirstNextHop)
                   [](const char* name) { return Network::getDefaultGatewayV6(name).toString(); });
 }
 
-TEST(SubnetMask, OfIPv6IsTheFirstAddressCutAtItsPrefix)
+TEST(NetworkCaptured, SubnetOfIPv6IsTheFirstAddressCutAtItsPrefix)
 {
     const std::string address = "20010db8000100020003000400050006 02 ";
     const std::vector<Case> cases = {
         {address + "40 00 80     eth\n", L"2001:db8:1:2::"},
         {address + "00 00 80     eth0\nfe800000000000000000000000000001 02 0a 20 80 eth0\n", L"fe80::"},
         {address + "40 00 80     eth01\n", L"::"},
+        {"20010db8000100020003000400050006 1f4 40 00 80 eth0\n", L"2001:db8:1:2::"}, // interface 500
         {"20010db8 02 40 00 80     eth0\n", L"::"},
     };
     expectAnswers("/proc/net/if_inet6", cases,
                   [](const char* name) { return Network::getSubnetMaskV6(name).toString(); });
 }
 
-TEST(Traffic, IsThatOfTheLineOfTheInterface)
+TEST(NetworkCaptured, TrafficIsThatOfTheLineOfTheInterface)
 {
     const std::string heading = "Inter-|   Receive    |  Transmit\n face |bytes    packets |bytes\n";
     const std::string counters = "18446744073709551615 2 3 4294967300 5 6 7 8 9 10 11 12 13 14 15 16\n";
@@ -144,7 +145,7 @@ TEST(Traffic, IsThatOfTheLineOfTheInterface)
     expectAnswers("/proc/net/dev", cases, countersOf);
 }
 
-TEST(LinkSpeed, KnowsThreeSpeeds)
+TEST(NetworkCaptured, LinkSpeedsAreThree)
 {
     expectAnswers("/sys/class/net/eth0/speed",
                   {{"10\n", L"10"},
@@ -160,13 +161,13 @@ TEST(LinkSpeed, KnowsThreeSpeeds)
                   });
 }
 
-TEST(SocketCount, IsReadFromItsColumn)
+TEST(NetworkCaptured, SocketCountIsReadFromItsColumn)
 {
     expectAnswers("/proc/net/sockstat", {{"TCP: inuse 5\nsockets: used 123\n", L"123"}, {"sockets:\n", L"0"}},
                   [](const char*) { return J3String().format(L"%d", Network::getUsedSocketCount()); });
 }
 
-TEST(NameServer, IsTakenFromLinesOfEveryShape)
+TEST(NetworkCaptured, NameServersAreTakenFromLinesOfEveryShape)
 {
     const std::vector<Case> cases = {
         {"nameserver 10.0.0.1\nnameserver 10.0.0.2\nnameserver 10.0.0.3\n", L"10.0.0.1 10.0.0.2 :: ::"},
@@ -184,14 +185,18 @@ TEST(NameServer, IsTakenFromLinesOfEveryShape)
     });
 }
 
-TEST(NameServer, IsWrittenAndKept)
+TEST(NetworkCaptured, NameServersAreWrittenAndKept)
 {
     TemporaryTree tree;
     const K7IPv4Address ipv4(0xC0A80001);
+    Network::ResolverFile written;
     Network::setDnsIpAddress(ipv4);
-    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"updateResolvConf") << "there is no place for the file";
+    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"Network::setDnsIpAddress") << "there is no place for the file";
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, RESOLVER);
     tree.directory("/var/nvr");
-    updateResolvConf();
+    EXPECT_TRUE(Network::writeResolverFile(&written));
+    EXPECT_EQ(written.path, "/var/nvr/resolv.conf");
+    EXPECT_EQ(written.errorCode, ENOENT);
     EXPECT_EQ(tree.contents("/var/nvr/resolv.conf"), rendered("nameserver 192.168.0.1", UNSET));
 
     tree.file(RESOLVER, std::string(5000, '#'));
@@ -204,7 +209,136 @@ TEST(NameServer, IsWrittenAndKept)
     EXPECT_EQ(tree.contents(RESOLVER), rendered(UNSET, UNSET));
 }
 
-TEST(DhcpResult, IsReadFromItsFiles)
+TEST(NetworkCaptured, NameServersAreListedWithWhatIsKnownOfThem)
+{
+    TemporaryTree tree;
+    std::vector<Network::NameServer> servers;
+    std::string path;
+    EXPECT_FALSE(Network::listNameServers(&servers, &path));
+    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENOENT);
+    tree.file("/var/nvr/resolv.conf", "\nnameserver fe80::1%eth0\n" + std::string(20000, '#') +
+                                          "nameserver 10.9.9.9\nnameserver 10.0.0.1\n" + rendered(UNSET, UNSET));
+    ASSERT_TRUE(Network::listNameServers(&servers, &path));
+    EXPECT_EQ(path, "/var/nvr/resolv.conf");
+    std::string seen;
+    for (const Network::NameServer& server : servers)
+        seen += std::to_string(server.line) + " " + server.address.toString().to_string() + " " + server.scope +
+                (server.isBuiltIn ? "built in\n" : "\n");
+    EXPECT_EQ(seen, "2 fe80::1 eth0\n4 10.0.0.1 \n7 8.8.8.8 built in\n8 8.8.4.4 built in\n"
+                    "12 2001:4860:4860::8888 built in\n13 2001:4860:4860::8844 built in\n");
+}
+
+TEST(NetworkCaptured, NameServersOfTheOtherFamilyAreAdopted)
+{
+    TemporaryTree tree;
+    tree.file(RESOLVER, "nameserver 10.0.0.1\nnameserver fd00::53\n" + rendered(UNSET, UNSET));
+    EXPECT_TRUE(Network::adoptDnsIpAddresses());
+    Network::setDnsIpAddress(K7IPv4Address(0xC0A80001));
+    EXPECT_EQ(tree.contents(RESOLVER), rendered("nameserver 192.168.0.1", "nameserver fd00::53"));
+    tree.file(RESOLVER, "nameserver 10.0.0.1\nnameserver 10.0.0.2\nnameserver 10.0.0.3\n");
+    EXPECT_TRUE(Network::adoptDnsIpAddresses());
+    Network::clearDnsIpAddressV6();
+    EXPECT_EQ(Network::getDnsIpAddress(0, true).toString(), L"10.0.0.1");
+    EXPECT_EQ(Network::getDnsIpAddress(0, false).toString(), L"10.0.0.2");
+}
+
+TEST(NetworkCaptured, InterfacesAreJoinedFromTheirFiles)
+{
+    TemporaryTree tree;
+    std::vector<Network::Interface> found;
+    EXPECT_FALSE(Network::listInterfaces(&found));
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, L"/proc/net/dev");
+    const std::string counters = ":5000000000 2 4294967300 4 5 6 7 8 9 10 11 12 13 14 15 16\n";
+    tree.file("/proc/net/dev", "heading:\nheading:\n  lo" + counters + "eth0" + counters + "eth1: 1 2\n");
+    tree.file("/proc/net/if_inet6", "fe800000000000000000000000000001 1f4 40 20 80 eth0\n"
+                                    "00000000000000000000000000000001 01 80 10 80 lo\n"
+                                    "fd000000000000000000000000000002 1f4 40 00 80 eth0\n"
+                                    "fd000000000000000000000000000003 1f4 81 00 80 eth0\n");
+    ASSERT_TRUE(Network::listInterfaces(&found));
+    ASSERT_EQ(found.size(), 3U);
+    const Network::Interface& eth0 = found[1];
+    EXPECT_EQ(eth0.name, "eth0");
+    EXPECT_EQ(eth0.index, 500U);
+    EXPECT_EQ(eth0.received->bytes, 5000000000U);
+    EXPECT_EQ(eth0.received->errs, 4294967300U);
+    EXPECT_EQ(eth0.sent->compressed, 16U);
+    EXPECT_FALSE(eth0.macAddress || eth0.flags || eth0.ipv4) << "only the live system knows them";
+    ASSERT_EQ(eth0.ipv6->size(), 2U);
+    EXPECT_EQ(eth0.ipv6->front().address.toString(), L"fd00::2") << "the wider scope comes first";
+    EXPECT_EQ(eth0.ipv6->back().scope, Network::AddressScope::LINK);
+    EXPECT_EQ(eth0.ipv6->back().prefixLength, 64U);
+    EXPECT_EQ(found[0].ipv6->front().scope, Network::AddressScope::HOST);
+    EXPECT_FALSE(found[2].received) << "its line is cut";
+    EXPECT_TRUE(found[2].ipv6->empty());
+
+    std::string many = "heading\nheading\n";
+    for (std::size_t i = 0; i <= Network::MAX_INTERFACES; ++i)
+        many += "e" + std::to_string(i) + counters;
+    tree.file("/proc/net/dev", many);
+    EXPECT_FALSE(Network::listInterfaces(&found));
+    EXPECT_EQ(found.size(), Network::MAX_INTERFACES);
+}
+
+TEST(NetworkCaptured, RoutesOfBothFamiliesAreListed)
+{
+    TemporaryTree tree;
+    std::vector<Network::Route> found;
+    EXPECT_FALSE(Network::listRoutes(&found));
+    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENOENT);
+    const std::string zeros(32, '0');
+    tree.file("/proc/net/route", "Iface\tDestination\tGateway\tFlags\tRefCnt\tUse\tMetric\tMask\n"
+                                 "eth10\t00000000\t0100A8C0\t0003\t0\t0\t100\t00000000\t0\t0\t0\n"
+                                 "eth0\t0000000A\t00000000\t0001\t0\t0\t0\t0000FFFF\t0\t0\t0\n"
+                                 "eth0\t0000000A\t00000000\t0001\t0\t0\t0\t00FF00FF\t0\t0\t0\n");
+    tree.file("/proc/net/ipv6_route", "fd000000000000000000000000000000 40 " + zeros + " 00 " + zeros +
+                                          " 00000100 1 0 00000001 eth0.longname\n" + zeros + " 81 " + zeros + " 00 " +
+                                          zeros + " 0 1 0 3 eth0\n");
+    ASSERT_TRUE(Network::listRoutes(&found));
+    std::string seen;
+    for (const Network::Route& route : found)
+        seen += J3String()
+                    .format(L"%@/%u via %@ dev %s metric %u flags %x\n", &route.destination, route.prefixLength,
+                            &route.gateway, route.interfaceName.c_str(), route.metric, route.flags)
+                    .to_string();
+    EXPECT_EQ(seen, "0.0.0.0/0 via 192.168.0.1 dev eth10 metric 100 flags 3\n"
+                    "10.0.0.0/16 via 0.0.0.0 dev eth0 metric 0 flags 1\n"
+                    "fd00::/64 via :: dev eth0.longname metric 256 flags 1\n");
+}
+
+/// A link that leads to itself can be opened by nobody, not even by root.
+TEST(NetworkCaptured, FilesThatCannotBeOpenedAreFailures)
+{
+    TemporaryTree tree;
+    K7IPv4Address ipv4;
+    bool leased = false;
+    EXPECT_FALSE(Network::getGateway("eth0", &ipv4));
+    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"") << "a file that is not there is an answer";
+    for (const char* const path : {"/proc/net/route", "/proc/net/if_inet6", "/etc/resolv.conf", "/proc/net/sockstat",
+                                   "/var/nvr/udhcpc-wan.stat", "/sys/class/net/eth0/speed"})
+        tree.link(path, path);
+    std::vector<std::pair<J3String, J3String>> failures;
+    const auto note = [&](auto) {
+        const K7SystemUtil::Failure failure = K7SystemUtil::lastFailure();
+        EXPECT_EQ(failure.errorCode, ELOOP) << failure.operation.to_string();
+        failures.emplace_back(failure.operation, failure.subject);
+    };
+    note(Network::getDefaultGateway("eth0"));
+    note(Network::getSubnetMaskV6("eth0"));
+    note(Network::getDnsIpAddress(0, true));
+    note(Network::getUsedSocketCount());
+    note(Network::getWanDhcpcLeaseResult(&leased));
+    int32 speed = 0;
+    note(Network::getEthernetLinkSpeed("eth0", &speed));
+    EXPECT_EQ(failures, (std::vector<std::pair<J3String, J3String>>{
+                            {L"Network::getDefaultGateway", L"/proc/net/route"},
+                            {L"Network::getSubnetMaskV6", L"/proc/net/if_inet6"},
+                            {L"Network::getDnsIpAddress", L"/etc/resolv.conf"},
+                            {L"Network::getUsedSocketCount", L"/proc/net/sockstat"},
+                            {L"Network::getWanDhcpcLeaseResult", L"/var/nvr/udhcpc-wan.stat"},
+                            {L"Network::getEthernetLinkSpeed", L"/sys/class/net/eth0/speed"}}));
+}
+
+TEST(NetworkCaptured, DhcpResultsAreReadFromTheirFiles)
 {
     expectAnswers("/etc/resolv.conf.org", {{"domain lan\nnameserver 10.0.0.3\nnameserver 10.0.0.4\n", L"10.0.0.3"}},
                   [](const char*) { return Network::getAutoDnsIpAddress().toString(); });
@@ -219,7 +353,7 @@ TEST(DhcpResult, IsReadFromItsFiles)
     });
 }
 
-TEST(NetworkArguments, AreCheckedBeforeAnythingElse)
+TEST(NetworkCaptured, ArgumentsAreCheckedBeforeAnythingElse)
 {
     const TemporaryTree noFiles;
     K7IPv4Address ipv4;
@@ -232,7 +366,7 @@ TEST(NetworkArguments, AreCheckedBeforeAnythingElse)
     EXPECT_EQ(reason(Network::updateIpAddress(nullptr, nullptr)), L"invalid input parameters");
 }
 
-TEST(LinkLocalAddress, IsMadeOfTheHardwareAddress)
+TEST(Network, LinkLocalAddressesAreMadeOfTheHardwareAddress)
 {
     const std::tuple<const char*, const wchar_t*, const wchar_t*, bool> cases[] = {
         {"00:11:22:33:44:55", L"169.254.68.85", L"fe80::211:22ff:fe33:4455", true},

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include <arpa/inet.h>
+#include <net/if.h>
 #include <unistd.h>
 
 using namespace Kivo;
@@ -29,7 +30,7 @@ std::string attributeOf(const std::string& devName, const std::string& attribute
 }
 
 /// Two connected devices, the first with addresses. No test may leave a descriptor open.
-class Veth : public ::testing::Test {
+class NetworkLive : public ::testing::Test {
 protected:
     static constexpr const char* DEVICE = "k7fifteen-bytes";
     static constexpr const char* PEER = "k7peer";
@@ -85,37 +86,76 @@ bool timesOut(uint32 limit, Call&& call)
 
 } // namespace
 
-TEST_F(Veth, ShowsItsAddresses)
+TEST_F(NetworkLive, ShowsItsAddresses)
 {
     K7IPv4Address ipv4;
     K7IPv6Address ipv6;
     K7MacAddress mac;
     ASSERT_TRUE(ip("route add default via 10.77.0.254\nroute add default via fd00:77::fe"));
-    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv4) && ipv4.toString() == L"10.77.0.1");
-    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv6) && ipv6.toString() == L"fd00:77::1");
+    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv4));
+    EXPECT_EQ(ipv4.toString(), L"10.77.0.1");
+    EXPECT_TRUE(Network::getIpAddress(DEVICE, &ipv6));
+    EXPECT_EQ(ipv6.toString(), L"fd00:77::1");
     EXPECT_EQ(Network::getSubnetMask(DEVICE).toString(), L"255.255.240.0");
     EXPECT_EQ(Network::getSubnetMaskV6(DEVICE).toString(), L"fd00:77::");
     EXPECT_EQ(Network::getDefaultGateway(DEVICE).toString(), L"10.77.0.254");
     EXPECT_EQ(Network::getDefaultGatewayV6(DEVICE).toString(), L"fd00:77::fe");
-    EXPECT_TRUE(Network::getMacAddress(&mac, DEVICE) && mac.toString().to_string() == attributeOf(DEVICE, "address"));
+    EXPECT_TRUE(Network::getMacAddress(&mac, DEVICE));
+    EXPECT_EQ(mac.toString().to_string(), attributeOf(DEVICE, "address"));
     EXPECT_EQ(Network::getDefaultLinkLocalAddressV4(DEVICE, nullptr), Network::getDefaultLinkLocalAddressV4("", &mac));
 
     EXPECT_FALSE(Network::getIpAddress(PEER, &ipv4));
     EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"");
 }
 
-TEST_F(Veth, LosesItsLinkWithThePeer)
+TEST_F(NetworkLive, IsListedWithAllItsAddresses)
 {
-    bool link = false;
-    EXPECT_TRUE(Network::getNetworkLink(DEVICE) && Network::getEthernetLink(DEVICE, &link) && link);
-    ASSERT_TRUE(ip("link set k7peer down"));
-    waitForState("lowerlayerdown");
-    EXPECT_TRUE(!Network::getNetworkLink(DEVICE) && Network::getEthernetLink(DEVICE, &link) && !link);
-    link = true;
-    EXPECT_FALSE(Network::getEthernetLink(PEER, &link) || link) << "it has no address";
+    ASSERT_TRUE(ip("addr add 10.78.0.1/30 dev k7peer label k7peer:1\naddr add fe80::77/64 dev k7peer nodad\n"
+                   "addr add fd00:78::1/64 dev k7peer nodad"));
+    std::vector<Network::Interface> found;
+    std::vector<Network::Interface> replayed;
+    ASSERT_TRUE(Network::listInterfaces(&found));
+    K7SystemUtil::setSystemRoot(L"/");
+    const bool isReplayed = Network::listInterfaces(&replayed);
+    K7SystemUtil::setSystemRoot(L"");
+    ASSERT_TRUE(isReplayed);
+    ASSERT_EQ(found.size(), replayed.size());
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const Network::Interface& interface = found[i];
+        EXPECT_EQ(interface.name, replayed[i].name);
+        EXPECT_EQ(std::to_string(*interface.index), attributeOf(interface.name, "ifindex"));
+        ASSERT_EQ(interface.ipv6->size(), replayed[i].ipv6->size()) << interface.name;
+        if (interface.name != PEER)
+            continue;
+        EXPECT_EQ(interface.macAddress->toString().to_string(), attributeOf(PEER, "address"));
+        EXPECT_EQ(*interface.flags & (IFF_UP | IFF_RUNNING), static_cast<uint32>(IFF_UP | IFF_RUNNING));
+        ASSERT_EQ(interface.ipv4->size(), 1U) << "its label is not the interface's name";
+        EXPECT_EQ(interface.ipv4->front().address.toString(), L"10.78.0.1");
+        EXPECT_EQ(interface.ipv4->front().prefixLength, 30U);
+        ASSERT_EQ(interface.ipv6->size(), 2U);
+        EXPECT_EQ(interface.ipv6->front().address.toString(), L"fd00:78::1");
+        EXPECT_EQ(replayed[i].ipv6->front().address.toString(), L"fd00:78::1");
+        EXPECT_EQ(interface.ipv6->back().address.toString(), L"fe80::77");
+    }
 }
 
-TEST_F(Veth, CountsItsTraffic)
+TEST_F(NetworkLive, LosesItsLinkWithThePeer)
+{
+    bool link = false;
+    EXPECT_TRUE(Network::getNetworkLink(DEVICE));
+    EXPECT_TRUE(Network::getEthernetLink(DEVICE, &link));
+    EXPECT_TRUE(link);
+    ASSERT_TRUE(ip("link set k7peer down"));
+    waitForState("lowerlayerdown");
+    EXPECT_FALSE(Network::getNetworkLink(DEVICE));
+    EXPECT_TRUE(Network::getEthernetLink(DEVICE, &link));
+    EXPECT_FALSE(link);
+    link = true;
+    EXPECT_FALSE(Network::getEthernetLink(PEER, &link)) << "it has no address";
+    EXPECT_FALSE(link);
+}
+
+TEST_F(NetworkLive, CountsItsTraffic)
 {
     const std::string payload(1000, 'p');
     Network::NetDevIoStat stat;
@@ -127,23 +167,25 @@ TEST_F(Veth, CountsItsTraffic)
     ::close(fd);
 
     ASSERT_TRUE(Network::getNetDevIoStat(DEVICE, &stat));
-    EXPECT_TRUE(stat.tx.packets >= 100 && stat.tx.bytes >= 100 * (payload.size() + 42));
+    EXPECT_GE(stat.tx.packets, 100U);
+    EXPECT_GE(stat.tx.bytes, 100 * (payload.size() + 42));
     EXPECT_LE(stat.tx.bytes, std::stoull(attributeOf(DEVICE, "statistics/tx_bytes")));
     EXPECT_GE(std::stoull(attributeOf(PEER, "statistics/rx_bytes")), stat.tx.bytes);
 }
 
-TEST_F(Veth, SwitchesItsScatterGather)
+TEST_F(NetworkLive, SwitchesItsScatterGather)
 {
     for (const bool wanted : {false, true}) {
         bool on = !wanted;
-        EXPECT_TRUE(Network::setEthernetToolSG(DEVICE, wanted) && Network::getEthernetToolSG(DEVICE, &on));
+        EXPECT_TRUE(Network::setEthernetToolSG(DEVICE, wanted));
+        EXPECT_TRUE(Network::getEthernetToolSG(DEVICE, &on));
         EXPECT_EQ(on, wanted);
         EXPECT_EQ(std::system("/sbin/ethtool -k k7fifteen-bytes | grep -q 'tx-scatter-gather: on'") == 0, wanted);
     }
 }
 
 /// The speeds are laid over the device's own: no device of a sandbox has such a link.
-TEST_F(Veth, GathersAtTheSpeedsAtWhichItMay)
+TEST_F(NetworkLive, GathersAtTheSpeedsAtWhichItMay)
 {
     static std::vector<std::string> traces;
     K7EthDevInfo info;
@@ -161,26 +203,31 @@ TEST_F(Veth, GathersAtTheSpeedsAtWhichItMay)
                                                 "WAN: LINK_SPEED 100 Mbps", "WAN: ETHTOOL_SET_SG: 'Off' FAILED"}));
 }
 
-TEST_F(Veth, RefreshesADevice)
+TEST_F(NetworkLive, RefreshesADevice)
 {
     K7EthDevInfo info;
     bool changed = false;
     info.setIfceName(DEVICE);
     EXPECT_FALSE(Network::updateIpAddress(&info, &changed)) << "the device has no name yet";
     info.setDevName(PEER);
-    EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && changed);
-    EXPECT_EQ(info.ipv4Address().toString() + info.ipv6Address().toString(), L"10.77.0.1fd00:77::1");
-    EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && !changed);
+    EXPECT_TRUE(Network::updateIpAddress(&info, &changed));
+    EXPECT_TRUE(changed);
+    EXPECT_EQ(info.ipv4Address().toString(), L"10.77.0.1");
+    EXPECT_EQ(info.ipv6Address().toString(), L"fd00:77::1");
+    EXPECT_TRUE(Network::updateIpAddress(&info, &changed));
+    EXPECT_FALSE(changed);
 
     ASSERT_TRUE(ip("addr del fd00:77::1/64 dev k7fifteen-bytes"));
-    EXPECT_TRUE(Network::updateIpAddress(&info, &changed) && changed && !info.ipv6Address().isValid());
+    EXPECT_TRUE(Network::updateIpAddress(&info, &changed));
+    EXPECT_TRUE(changed);
+    EXPECT_FALSE(info.ipv6Address().isValid());
     ASSERT_TRUE(ip("addr del 10.77.0.1/20 dev k7fifteen-bytes"));
     EXPECT_FALSE(Network::updateIpAddress(&info, nullptr));
     EXPECT_TRUE(Network::updateMacAddress(&info));
     EXPECT_EQ(info.macAddress().toString().to_string(), attributeOf(PEER, "address"));
 }
 
-TEST_F(Veth, TellsWhichStepFailed)
+TEST_F(NetworkLive, TellsWhichStepFailed)
 {
     K7IPv4Address address;
     const char* const tooLong = "k7fifteen-bytesX"; // the kernel would cut the name and answer for the other
@@ -188,11 +235,12 @@ TEST_F(Veth, TellsWhichStepFailed)
     EXPECT_FALSE(Network::getSubnetMask(tooLong, &address));
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"ioctl(SIOCGIFNETMASK) failed");
     EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ENODEV);
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, J3String(tooLong));
     EXPECT_FALSE(Network::setEthernetToolSG("lo", false));
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"ioctl(SIOCETHTOOL) failed");
 }
 
-TEST(AddrInfo, ResolvesNumbersAndNames)
+TEST(AddrInfoLive, ResolvesNumbersAndNames)
 {
     K7_REQUIRE_SANDBOX();
     const CoveredFile hosts("/etc/hosts", "192.0.2.7 recorder.test\n");
@@ -200,13 +248,15 @@ TEST(AddrInfo, ResolvesNumbersAndNames)
     std::vector<J3String> addresses;
     EXPECT_TRUE(Network::getAddrInfo(&addresses, L"2001:db8:0::1"));
     EXPECT_EQ(addresses, std::vector<J3String>{L"2001:db8::1"});
+    EXPECT_TRUE(Network::getAddrInfo(&addresses, L"fe80::1%lo"));
+    EXPECT_EQ(addresses, std::vector<J3String>{L"fe80::1%lo"});
     EXPECT_TRUE(Network::getAddrInfo(&addresses, L"recorder.test"));
     EXPECT_FALSE(Network::getAddrInfo(&addresses, L"nobody.test"));
-    EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"getaddrinfo() failed");
+    EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"getaddrinfo() failed: Name or service not known");
     EXPECT_EQ(addresses, std::vector<J3String>{L"192.0.2.7"});
 }
 
-TEST(AddrInfo, DoesNotWaitForASilentNameServer)
+TEST(AddrInfoLive, DoesNotWaitForASilentNameServer)
 {
     K7_REQUIRE_SANDBOX();
     const LocalSocket silent(SOCK_DGRAM, 53);
@@ -217,13 +267,14 @@ TEST(AddrInfo, DoesNotWaitForASilentNameServer)
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"getaddrinfo() timed out");
 }
 
-TEST_F(Veth, ConnectsToAListenerOfItsSide)
+TEST_F(NetworkLive, ConnectsToAListenerOfItsSide)
 {
     const auto connects = [](const char* devName) { return Network::testConnectivity(devName, "127.0.0.1", 8001); };
     EXPECT_FALSE(connects("lo"));
     EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ECONNREFUSED);
     const LocalSocket listener(SOCK_STREAM, 8001);
-    EXPECT_TRUE(::listen(listener.fd, 8) == 0 && connects("lo"));
+    ASSERT_EQ(::listen(listener.fd, 8), 0);
+    EXPECT_TRUE(connects("lo"));
     EXPECT_TRUE(timesOut(Network::CONNECTIVITY_TIMEOUT, [&] { return connects(DEVICE); }));
     EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, ETIMEDOUT);
 }

@@ -106,8 +106,18 @@ public:
     /// A name server of the resolver file.
     struct NameServer {
         K7InetAddress address;
-        std::string scope; ///< the interface of a link-local server ("eth0"); empty when there is none
-        uint32 line = 0;   ///< its line in the file, from 1
+        std::string scope;      ///< the interface of a link-local server ("eth0"); empty when there is none
+        uint32 line = 0;        ///< its line in the file, from 1
+        bool isBuiltIn = false; ///< one of the public servers that updateResolvConf() writes to fall back to
+    };
+
+    /// The first so many name servers of the file are the ones that the C library asks; it ignores the rest.
+    static constexpr std::size_t NAME_SERVERS_USED = 3;
+
+    /// Which file the name servers were written to.
+    struct ResolverFile {
+        std::string path;    ///< `/etc/resolv.conf`, or the other one when that could not be written
+        int32 errorCode = 0; ///< why `/etc/resolv.conf` was not written; 0 when it was
     };
 
     /// @{ How many entries the lists below take; a longer one is cut there, and is a failure.
@@ -238,14 +248,37 @@ public:
     /// *Source*: SO_BINDTODEVICE. *Cost*: blocks, never longer than CONNECTIVITY_TIMEOUT.
     static bool testConnectivity(const char* ifce, const char* host, uint16 port);
 
+    /// List every name server of the resolver file in force, in its order.
+    /// @param servers is replaced
+    /// @param path takes the file that was read; may be null
+    /// @return false (ENOENT: there is no such file) when it cannot be read
+    /// *Source*: `/etc/resolv.conf`, or else `/var/nvr/resolv.conf`
+    static bool listNameServers(std::vector<NameServer>* servers, std::string* path = nullptr);
+
+    /// Replace the stored name servers by the first two of each family in the resolver file in force, the built-in ones
+    /// left out, so that a process that has just started can set or clear one family and keep the other. A link-local
+    /// server with a scope cannot be stored and is left out, too. Without a file none is stored.
+    /// @return false, with the stored ones as they were, when the file cannot be read
+    static bool adoptDnsIpAddresses();
+
+    /// Do what updateResolvConf() does and tell which file it wrote. Writing the fallback is a success, too, but does
+    /// not change the name servers in force as long as there is an `/etc/resolv.conf`.
+    /// @param written may be null
+    /// @return false when neither was written; lastFailure() then tells about the first
+    static bool writeResolverFile(ResolverFile* written = nullptr);
+
+    /// @{
     /// Make an address the first name server of its family and write the resolver file with updateResolvConf().
-    /// *Privilege*: who may write the file
+    /// writeResolverFile() tells which file that is. *Privilege*: who may write the file
     static void setDnsIpAddress(const K7IPv4Address& address);
     static void setDnsIpAddress(const K7IPv6Address& address);
+    /// @}
 
+    /// @{
     /// Forget both name servers of the family and write the resolver file.
     static void clearDnsIpAddress();
     static void clearDnsIpAddressV6();
+    /// @}
 
     /// Read the first or the second IPv4 name server in force from the first 20 lines of the resolver file.
     /// @return an address that is not set when there is none
@@ -269,9 +302,12 @@ public:
     static bool getHostName(J3String* name, const char* devName);
 };
 
-/// Write the resolver file with the name servers that were set, followed by public ones to fall back to. When it cannot
-/// be opened, lastFailure() tells why, and the old file stays.
-/// *Source*: `/etc/resolv.conf`, or else `/var/nvr/resolv.conf`. *Privilege*: who may write them
+/// Write the resolver file with the name servers that were set, followed by public ones to fall back to.
+///
+/// A reader sees the old file or the new one, whatever happens. When `/etc/resolv.conf` cannot be written
+/// `/var/nvr/resolv.conf` is, unless there is no room; Network::writeResolverFile() tells which. When neither is,
+/// lastFailure() tells about the first.
+/// *Privilege*: who may write the file
 K7SAL_API void updateResolvConf();
 
 } // namespace Kivo

@@ -7,6 +7,7 @@
 #include "Base/TextScanner_p.h"
 #include "Core/K7SystemError.h"
 #include "OS/System/Platform/Linux/detail/InterfaceParser_p.h"
+#include "OS/System/Platform/Linux/detail/LineWalk_p.h"
 #include "OS/System/Platform/Linux/detail/NamedInterface_p.h"
 #include "OS/System/Platform/Linux/detail/RouteParser_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
@@ -79,6 +80,13 @@ bool isConfigured(NamedInterface& device, const char* devName)
                        [&](const ifreq& entry) { return isSameName(entry.ifr_name, devName); });
 }
 
+/// @return whether a line was taken; without a file there is none
+template <class Take>
+bool takeLine(const char* path, Take&& take)
+{
+    return walkLines(path, std::forward<Take>(take)) == LineWalk::TAKEN;
+}
+
 /// The value form of a query that fills an address: one that is not set when the query fails.
 template <class Address, class Query>
 Address valueOf(const char* name, Query&& query)
@@ -116,11 +124,12 @@ bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv4Address* gatew
     return attempt("Network::getGateway", [&] {
         require(hasText(devName) && gateway, INVALID_PARAMETERS);
         const std::string_view wanted = devName;
-        return anyLine("/proc/net/route", [&](std::string_view line) {
-            in_addr address{};
-            char text[INET_ADDRSTRLEN];
-            return parseDefaultRoute(line, wanted, &address.s_addr) &&
-                   ::inet_ntop(AF_INET, &address, text, sizeof text) && gateway->fromString(text);
+        return takeLine("/proc/net/route", [&](std::string_view line) {
+            uint32 address = 0;
+            if (!parseDefaultRoute(line, wanted, &address))
+                return false;
+            gateway->setNetworkValue(address);
+            return true;
         });
     });
 }
@@ -129,8 +138,8 @@ bool K7SystemUtil::Network::getGateway(const char* devName, K7IPv6Address* gatew
 {
     return attempt("Network::getGateway", [&] {
         require(devName && gateway, INVALID_PARAMETERS);
-        return anyLine("/proc/net/ipv6_route",
-                       [&](std::string_view line) { return parseGatewayV6(line, devName, gateway); });
+        return takeLine("/proc/net/ipv6_route",
+                        [&](std::string_view line) { return parseGatewayV6(line, devName, gateway); });
     });
 }
 
@@ -148,7 +157,7 @@ bool K7SystemUtil::Network::getSubnetMask(const char* devName, K7IPv6Address* ma
     return attempt("Network::getSubnetMask", [&] {
         require(devName && mask, INVALID_PARAMETERS);
         const std::string_view wanted = devName;
-        return anyLine("/proc/net/if_inet6", [&](std::string_view line) {
+        return takeLine("/proc/net/if_inet6", [&](std::string_view line) {
             IPv6Row row;
             if (!parseAddressV6(line, &row) || row.prefixLength == 0 ||
                 !wanted.starts_with(row.name.substr(0, NAME_COMPARED_V6)))
@@ -244,11 +253,11 @@ bool K7SystemUtil::Network::getNetDevIoStat(const char* devName, NetDevIoStat* s
         for (int heading = 0; heading < 2; ++heading)
             lines.next(&line);
         while (lines.next(&line)) {
-            NetDevIoStat found{};
-            std::string_view name;
             std::string_view counters;
-            if (!splitCounters(line, &name, &counters) || name.substr(0, NAME_COMPARED) != wanted ||
-                !parseCounters(counters, &found))
+            if (!findCounters(line, wanted, &counters))
+                continue;
+            NetDevIoStat found{};
+            if (!parseCounters(counters, &found))
                 continue;
             wanted.copy(found.devName, sizeof found.devName - 1);
             *stat = found;
@@ -347,7 +356,7 @@ int32 K7SystemUtil::Network::getUsedSocketCount()
 {
     return attemptOr("Network::getUsedSocketCount", 0, [] {
         int32 count = 0;
-        anyLine("/proc/net/sockstat", [&](std::string_view line) { return parseSocketCount(line, &count); });
+        takeLine("/proc/net/sockstat", [&](std::string_view line) { return parseSocketCount(line, &count); });
         return count;
     });
 }

@@ -4,10 +4,10 @@
 #include "OS/System/Network.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
 #include "OS/System/Platform/Linux/detail/InterfaceParser_p.h"
+#include "OS/System/Platform/Linux/detail/LineWalk_p.h"
 #include "OS/System/Platform/Linux/detail/NetlinkDump_p.h"
 #include "OS/System/Platform/Linux/detail/NetlinkParser_p.h"
 #include "OS/System/Platform/Linux/detail/RouteParser_p.h"
-#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 
 #include <algorithm>
 #include <map>
@@ -27,18 +27,15 @@ constexpr const char* TOO_MANY_INTERFACES = "more interfaces than MAX_INTERFACES
 constexpr const char* TOO_MANY_ADDRESSES = "more IPv6 addresses than MAX_ADDRESSES";
 constexpr const char* TOO_MANY_ROUTES = "more routes than MAX_ROUTES";
 
-/// Hand every line of a file to @p take, or raise a reason. @return false when there is no such file
+/// Hand every line of a file to @p take. @return false when there is no such file
 template <class Take>
 bool eachLine(const char* path, Take&& take)
 {
-    SystemLines lines(path, 512);
-    if (!lines && errno == ENOENT)
-        return false;
-    requireCall(static_cast<bool>(lines), "can't open the file", path);
-    std::string_view line;
-    while (lines.next(&line))
+    const auto takeAll = [&](std::string_view line) {
         take(line);
-    return true;
+        return false;
+    };
+    return walkLines(path, takeAll) != LineWalk::NO_FILE;
 }
 
 /// Interfaces in the order in which they were first told of.

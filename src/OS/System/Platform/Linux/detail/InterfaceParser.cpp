@@ -31,6 +31,16 @@ bool splitCounters(std::string_view line, std::string_view* name, std::string_vi
     return true;
 }
 
+bool findCounters(std::string_view line, std::string_view devName, std::string_view* counters)
+{
+    constexpr std::size_t NAME_COMPARED = 31;
+    std::string_view name;
+    while (!line.empty() && isSpace(line.front()))
+        line.remove_prefix(1);
+    return line.starts_with(devName) && splitCounters(line, &name, counters) &&
+           name.substr(0, NAME_COMPARED) == devName;
+}
+
 bool parseCounters(std::string_view counters, K7SystemUtil::Network::NetDevIoStat* stat)
 {
     return readCounters(counters, &stat->rx, &stat->tx);

@@ -12,6 +12,10 @@ namespace Kivo {
 /// Split a line of `/proc/net/dev` that is not a heading into the interface's name and what follows the colon.
 bool splitCounters(std::string_view line, std::string_view* name, std::string_view* counters);
 
+/// Find what follows the colon in the line of @p devName, of whose name 31 bytes count.
+/// @param devName at most 31 bytes
+bool findCounters(std::string_view line, std::string_view devName, std::string_view* counters);
+
 /// Take the sixteen counters of an interface, cut to the width that each has in @p stat. @p stat is changed by a line
 /// with fewer, too.
 bool parseCounters(std::string_view counters, K7SystemUtil::Network::NetDevIoStat* stat);

@@ -20,6 +20,22 @@ K7IPv4Address fromNetworkOrder(uint32 value)
     return address;
 }
 
+/// Whether the line's name does not begin @p devName, or its destination is not 0. Tells it of most lines with a look
+/// at a dozen characters; the others are for the scanner to tell.
+bool isOtherRoute(std::string_view line, std::string_view devName)
+{
+    const std::size_t size = std::min(line.size(), devName.size());
+    std::size_t at = 0;
+    while (at < size && line[at] == devName[at])
+        ++at;
+    if (at == line.size() || line[at] != '\t')
+        return false;
+    do
+        ++at;
+    while (at < line.size() && line[at] == '0');
+    return at < line.size() && isHexaDigit(line[at]);
+}
+
 } // namespace
 
 // Iface  Destination  Gateway   Flags  RefCnt  Use  Metric  Mask      MTU  Window  IRTT
@@ -29,9 +45,9 @@ bool parseDefaultRoute(std::string_view line, std::string_view devName, uint32* 
     TextScanner scanner(line);
     uint32 address = 0;
     uint32 flags = 0;
-    if (!scanner.wordAtBeginOf(devName, 16) || !scanner.zero() || !scanner.number(&address, 16) ||
-        !scanner.number(&flags, 16) || (flags & RTF_GATEWAY) == 0 || !scanner.skipWord() || !scanner.skipWord() ||
-        !scanner.skipWord() || !scanner.zero())
+    if (isOtherRoute(line, devName) || !scanner.wordAtBeginOf(devName, 16) || !scanner.zero() ||
+        !scanner.number(&address, 16) || !scanner.number(&flags, 16) || (flags & RTF_GATEWAY) == 0 ||
+        !scanner.skipWord() || !scanner.skipWord() || !scanner.skipWord() || !scanner.zero())
         return false;
     *gateway = address;
     return true;
