@@ -24,7 +24,7 @@ struct Memory {
     std::optional<uint64> oomKills; ///< processes killed for lack of memory since the start; a plain number
 
     /// What processes and the kernel hold: total without free, buffers and cached.
-    [[nodiscard]] std::optional<uint64> used() const;
+    [[nodiscard]] K7INVENTORY_API std::optional<uint64> used() const;
 };
 
 template <>

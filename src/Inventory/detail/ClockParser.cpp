@@ -9,9 +9,8 @@ namespace Kivo::Inventory {
 
 std::optional<std::string> isoTime(int64 seconds)
 {
-    constexpr int64 YEAR_0 = -62167219200;
     constexpr int64 YEAR_10000 = 253402300800;
-    if (seconds < YEAR_0 || seconds >= YEAR_10000)
+    if (seconds < 0 || seconds >= YEAR_10000)
         return std::nullopt;
     const std::time_t time = seconds;
     std::tm parts{};

@@ -14,7 +14,7 @@
 
 namespace Kivo::Inventory {
 
-/// "2026-11-21T09:30:08Z" of seconds since 1970. @return none when the year has more than four digits
+/// "2026-11-21T09:30:08Z" of seconds since 1970. @return none before 1970 and after 9999
 [[nodiscard]] std::optional<std::string> isoTime(int64 seconds);
 
 /// The zone that a link to a file of the zone database names. @return none when it leads elsewhere
