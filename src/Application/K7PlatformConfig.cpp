@@ -17,22 +17,30 @@ void K7PlatformConfig::LocalRecordParam::setIntervals(int32 appendCheck, int32 f
 
 int32 K7PlatformConfig::LocalRecordParam::interval(int32 index) const
 {
-    if (index >= 0 && index < INTERVAL_SIZE)
-        return _intervals[index];
-    J3_REPORT("index >= 0 && index < INTERVAL_SIZE", "invalid index", "Application/K7PlatformConfig");
-    return 0;
+    if (!J3_REQUIRE(index >= 0 && index < INTERVAL_SIZE, "invalid index", "Application/K7PlatformConfig"))
+        return 0;
+    return _intervals[index];
 }
 
 K7PlatformConfig* K7PlatformConfig::clone() const { return new K7PlatformConfig(*this); }
 
-void K7PlatformConfig::addThreadParam(int32 role, const ThreadParam& param) { _threadParamMap.insert({role, param}); }
-
-void K7PlatformConfig::addThreadParam(int32 role, uint32 affinityMask, uint32 priority, J3Thread::Policy policy)
+bool K7PlatformConfig::addThreadParam(int32 role, const ThreadParam& param)
 {
-    addThreadParam(role, ThreadParam(affinityMask, priority, policy));
+    return _threadParamMap.insert({role, param}).second;
+}
+
+bool K7PlatformConfig::addThreadParam(int32 role, uint32 affinityMask, uint32 priority, J3Thread::Policy policy)
+{
+    return addThreadParam(role, ThreadParam(affinityMask, priority, policy));
 }
 
 const K7PlatformConfig::ThreadParam* K7PlatformConfig::threadParam(int32 role) const
+{
+    const auto entry = _threadParamMap.find(role);
+    return entry == _threadParamMap.end() ? nullptr : &entry->second;
+}
+
+K7PlatformConfig::ThreadParam* K7PlatformConfig::threadParam(int32 role)
 {
     const auto entry = _threadParamMap.find(role);
     return entry == _threadParamMap.end() ? nullptr : &entry->second;

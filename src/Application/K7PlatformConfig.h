@@ -72,13 +72,19 @@ public:
 
     [[nodiscard]] bool isUsingParallelAppender() const { return _usingParallelAppender; }
 
-    /// Say how the threads of a role are to run. A role that is there already keeps what it has.
+    /// @{
+    /// Say how the threads of a role are to run.
     /// @param role a number of the application's choice
-    void addThreadParam(int32 role, const ThreadParam& param);
-    void addThreadParam(int32 role, uint32 affinityMask, uint32 priority, J3Thread::Policy policy);
+    /// @return false, with the entry as it was, for a role that has one: threadParam() changes that
+    bool addThreadParam(int32 role, const ThreadParam& param);
+    bool addThreadParam(int32 role, uint32 affinityMask, uint32 priority, J3Thread::Policy policy);
+    /// @}
 
+    /// @{
     /// @return the entry of a role, valid as long as this record and until it is assigned to; null when there is none
     [[nodiscard]] const ThreadParam* threadParam(int32 role) const;
+    [[nodiscard]] ThreadParam* threadParam(int32 role);
+    /// @}
 
     void setLocalRecordParam(int32 appendCheck, int32 forceCleanupFrameWriters, int32 partialFlush);
     [[nodiscard]] int32 appendCheckInterval() const;

@@ -70,7 +70,7 @@ TEST(Memory, ReadsTheFileOnceASecondAndKeepsTheTableWhenItIsShort)
     tree.file(MEMINFO, "MemFree:                   8 kB\n"); // 32 bytes
     J3Thread::sleep(1100);
     EXPECT_EQ(Memory::getMemFree(), 2U);
-    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"Memory::refresh");
+    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"Memory::getMemFree");
 }
 
 /// The observer runs inside the refresh, with the table's lock held: the collision is certain, not a matter of luck.
@@ -117,10 +117,9 @@ TEST(SystemRoot, ReadsNothingOutsideTheTreeAndNeverWaits)
     ASSERT_EQ(::mkfifo(tree.real("/fifo").c_str(), 0600), 0);
 
     J3String text(L"unchanged");
-    for (const wchar_t* path : {L"/absolute", L"/relative", L"/loop", L"/empty", L"/missing", L""})
+    for (const wchar_t* path : {L"/absolute", L"/relative", L"/loop", L"/fifo", L"/empty", L"/missing", L""})
         EXPECT_FALSE(K7SystemUtil::readFile(path, &text)) << J3String(path).to_string();
     EXPECT_EQ(text, L"unchanged");
-    EXPECT_TRUE(K7SystemUtil::readFile(L"/fifo", &text) && text.isEmpty());
     EXPECT_TRUE(K7SystemUtil::readFile(L"/inside", &text) && text == L"inside");
     EXPECT_TRUE(K7SystemUtil::readLink(L"/inside", &text) && text == L"/etc/value");
 }

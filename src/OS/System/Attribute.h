@@ -20,7 +20,7 @@ class K7SAL_API K7SystemUtil::Attribute {
 public:
     Attribute() = delete;
 
-    /// Read a whole text file without the white space at its ends, at most 4 KiB of it.
+    /// Read a text file without the white space at its ends; what lies beyond 4 KiB is left out.
     static bool readText(const char* path, std::string* text);
 
     /// Read a file that holds one whole number.
@@ -36,10 +36,11 @@ public:
     /// Read the target of a symbolic link as it stands.
     static bool readLink(const char* path, std::string* target);
 
-    /// Read a whole file of any bytes, at most 16 MiB of it.
+    /// Read a whole file of any bytes; one of more than 16 MiB cannot be read (EFBIG).
     static bool readContents(const char* path, std::string* bytes);
 
-    /// List the names in a directory, without "." and "..", in ascending order of their bytes.
+    /// List the names in a directory, without "." and "..", in ascending order of their bytes; one of more than
+    /// 1,048,576 names cannot be listed (EOVERFLOW).
     static bool listNames(const char* path, std::vector<std::string>* names);
 };
 

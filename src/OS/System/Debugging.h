@@ -19,7 +19,7 @@ public:
 
     Debugging() = delete;
 
-    /// Start recording. @return always false: ask isWorking() whether it records
+    /// Start recording. @return always false: lastFailure() and isWorking() tell whether it records
     static bool init(int32 id);
 
     /// Stop recording. @return always false

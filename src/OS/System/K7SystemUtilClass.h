@@ -32,13 +32,15 @@ public:
     K7SystemUtil() = delete;
 
     /// Read a captured tree instead of this machine: put @p directory before every absolute path that the library reads
-    /// about the system, and before the resolver file that it writes. Symbolic links of the tree stay inside it.
+    /// about the system, and before the resolver file that it writes. Symbolic links of the tree stay inside it, and
+    /// only regular files and directories of it are opened.
     ///
     /// Effects (commands, mounts, device nodes) stay the running machine's, except that killProcess() does nothing;
     /// queries that only a live kernel can answer fail with the reason "needs the live system".
     /// @param directory the tree's top; empty, the default, for the running system
+    /// @return false, with the old root in force, when the directory cannot be opened
     /// *Threads*: set it before other threads call in.
-    static void setSystemRoot(const J3String& directory);
+    static bool setSystemRoot(const J3String& directory);
     [[nodiscard]] static J3String systemRoot();
 
     /// Why an operation failed.
@@ -65,15 +67,16 @@ public:
     /// *Threads*: the observer is called on the reading thread. @return the observer that was replaced
     static ReadObserver setReadObserver(ReadObserver observer);
 
-    /// Read a whole text file below the system root, at most 16 MiB of it.
+    /// Read a whole text file below the system root.
     /// @param path absolute, without the root
-    /// @return false, with @p text untouched, when it cannot be opened or read
+    /// @return false, with @p text untouched, when it cannot be opened or read or is larger than 16 MiB (EFBIG)
     static bool readFile(const J3String& path, J3String* text);
 
-    /// Read the target of a symbolic link below the system root, as it stands.
+    /// Read the target of a symbolic link below the system root, as it stands. @return false when it cannot be read
     static bool readLink(const J3String& path, J3String* target);
 
     /// List the names in a directory below the system root, without "." and "..", in ascending order.
+    /// @return false, with @p names untouched, when it cannot be read or holds more than 1,048,576 (EOVERFLOW)
     static bool listDirectory(const J3String& path, std::vector<J3String>* names);
 };
 

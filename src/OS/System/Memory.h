@@ -4,20 +4,24 @@
 #pragma once
 
 #include "Core/K7TickGuage.h"
-#include "Foundation/J3Lock.h"
+#include "Foundation/J3Immortal.h"
 #include "OS/System/K7SystemUtilClass.h"
 
-#include <atomic>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace Kivo {
 
+class ProcessLock;
+
 /// Memory counters from `/proc/meminfo`, read at most once a second and served from a table in between.
 ///
-/// *Source*: `/proc/meminfo`. *Threads*: any; nobody waits. A caller that meets another one at the table gets 0.
-/// Nothing is reported: 0 means "unknown", and a file that is missing or too short leaves the values as they were.
+/// A counter of 0 means "unknown". While another thread reads the file, a getter gives 0 at once. A file that is
+/// missing or too short leaves the values as they were, and lastFailure() says so after every getter until the file is
+/// read again. After a change of the system root the next getter reads the new file, and nothing of the old one stays.
+///
+/// *Source*: the first 2048 bytes of `/proc/meminfo`. *Threads*: any; never blocks, and getters do not hinder each
+/// other.
 class K7SAL_API K7SystemUtil::Memory {
 public:
     Memory() = delete;
@@ -25,7 +29,8 @@ public:
     /// Read the file again when the table is older than 1000 ms; the first call always reads.
     static void refresh();
 
-    // Each refreshes the table when it is due and gives one counter in KiB, cut to 32 bits.
+    /// @{
+    /// Refresh the table when it is due and give one counter in KiB, cut to 32 bits.
     static uint32 getMemTotal();
     static uint32 getMemFree();
     static uint32 getBuffers();
@@ -34,6 +39,13 @@ public:
     static uint32 getVmallocTotal();
     static uint32 getVmallocUsed();
     static uint32 getVmallocChunk();
+    /// @}
+
+    /// Refresh the table when it is due and give the counter of any row, in all its bits.
+    /// @param name as the kernel spells it: "MemAvailable", "SwapFree"
+    /// @return KiB, a plain number for the few rows without a unit ("HugePages_Total"); 0 also when there is no such
+    ///     row among the first 128 or its name is longer than 32 bytes
+    static uint64 counterOf(const J3String& name);
 
     /// One row of the file.
     struct Counter {
@@ -51,15 +63,18 @@ public:
     static void dropSystemCachedBuffers();
 
 private:
-    friend class K7SystemUtil;
+    class CounterTable;
 
-    static uint32 valueOf(const J3String& key);
-    static void forget();
+    static bool isDue();
+    static void refreshTable();
+    static void noteState();
+    static uint32 valueOf(const char* operation, std::size_t row);
+    static void resumeAfterFork();
 
     static K7TickGuage _refreshTickGuage;
-    static std::atomic<bool> _everRefreshed;
-    static std::map<J3String, uint32> _memoryInfoMap;
-    static J3Lock _refreshLock;
+    static CounterTable _memoryInfoMap;
+    static J3Immortal<ProcessLock> _refreshLock;
+    static const int _forkHandler;
 };
 
 } // namespace Kivo

@@ -5,6 +5,7 @@
 
 #include "Application/K7PlatformConfig.h"
 #include "Core/K7Version.h"
+#include "Foundation/J3Immortal.h"
 #include "OS/System/K7SystemUtilClass.h"
 
 namespace Kivo {
@@ -17,7 +18,7 @@ public:
     /// Read the kernel's version; each of its numbers is kept modulo 256.
     /// @return true; every failure leaves as an exception, with the version untouched
     /// @throws int 1 when @p version is null
-    /// @throws J3String "can't open "/proc/version"" when the file cannot be opened
+    /// @throws J3String "can't open "/proc/version"" when the file cannot be opened, "can't read ..." when not read
     /// @throws int 3 when its first line does not begin with "Linux version " and three numbers ("5.10-rc1")
     /// *Source*: /proc/version
     static bool getKernelVersion(K7Version* version);
@@ -30,17 +31,19 @@ public:
     /// The same as a J3String.
     static bool getKernelVersion(J3String* text);
 
-    /// Seconds since boot, with their fraction; 0 when the kernel's line is not understood.
-    /// @throws J3String "can't open "/proc/uptime"" when the file cannot be opened
+    /// Seconds since boot, with their fraction; 0 when the kernel's line does not begin with a positive number.
+    /// @throws J3String "can't open "/proc/uptime"" when the file cannot be opened, "can't read ..." when not read
     /// *Source*: /proc/uptime
     [[nodiscard]] static double systemUptime();
 
-    /// Set the system clock to 2000-01-01 00:00:00 UTC; nothing tells whether it worked.
+    /// Set the system clock to 2000-01-01 00:00:00 UTC; only lastFailure() tells whether it worked.
     /// *Source*: settimeofday(2). *Privilege*: CAP_SYS_TIME
     static void fixupSystemTime();
 
     /// Set the system clock to the time it has, by the host's command runner: `date -s "2026-03-05 07:08:09"`, local
-    /// time; its result is ignored. Platforms whose `date` also sets a hardware clock store the time there with it.
+    /// time; only lastFailure() tells its result. The text does not say which of the two it means in the hour that
+    /// comes twice when summer time ends: `date` may then set the clock an hour off. Platforms whose `date` also sets a
+    /// hardware clock store the time there with it.
     static void applyTimeToShell();
 
     /// Hand down the platform configuration. *Threads*: once at start-up, before other threads read it.
@@ -48,7 +51,7 @@ public:
     [[nodiscard]] static const K7PlatformConfig& getPlatformConfig();
 
 private:
-    static K7PlatformConfig _platformConfig;
+    static J3Immortal<K7PlatformConfig> _platformConfig;
 };
 
 } // namespace Kivo

@@ -6,6 +6,7 @@
 #include "OS/System/K7SystemUtilClass.h"
 
 #include <compare>
+#include <vector>
 
 namespace Kivo {
 
@@ -73,12 +74,18 @@ public:
     /// Do nothing; the table is filled on demand.
     static void init();
 
-    /// Fill the table anew in ascending order of address. Entries whose name or identifiers cannot be read are left
-    /// out, as is what exceeds 16.
-    /// @return false, with an empty table, when the directory cannot be opened
+    /// List all functions in ascending order of address, however many there are.
+    /// @param devices becomes the functions; an identifier that cannot be read is -1
+    /// @return false, with @p devices as they were, when the directory cannot be read
+    /// *Threads*: any; the table is not touched.
+    static bool listDevices(std::vector<DeviceInfo>* devices);
+
+    /// Rebuild the table from listDevices(). Functions with an identifier that cannot be read are left out, as is what
+    /// exceeds 16.
+    /// @return false, with an empty table, when the directory cannot be read
     static bool updatePciDeviceInfo();
 
-    /// Fill the table anew as updatePciDeviceInfo() does.
+    /// Rebuild the table as updatePciDeviceInfo() does.
     static void rescan();
 
     /// Count the table's entries of one kind; with -1 and -1 those that are free.

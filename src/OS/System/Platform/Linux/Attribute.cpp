@@ -6,6 +6,7 @@
 #include "Base/TextScanner_p.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 namespace Kivo {
 
@@ -17,9 +18,10 @@ std::string contentsOf(const char* path, std::size_t limit)
 {
     require(path, "path is null");
     SystemFile file(path);
-    requireCall(static_cast<bool>(file), "can't open the file", path);
+    file.opened();
     std::string bytes;
-    requireCall(file.readAll(&bytes, limit), "can't read the file", path);
+    const bool whole = file.readAll(&bytes, limit);
+    requireCall(whole, errno == EFBIG ? "the file is too large" : "can't read the file", path);
     return bytes;
 }
 
@@ -29,7 +31,7 @@ bool K7SystemUtil::Attribute::readText(const char* path, std::string* text)
 {
     return attempt("Attribute::readText", [&] {
         require(text, "text is null");
-        *text = trimmed(contentsOf(path, LONGEST_TEXT));
+        *text = trimmed(cutText(contentsOf(path, LONGEST_TEXT + 1), LONGEST_TEXT));
     });
 }
 

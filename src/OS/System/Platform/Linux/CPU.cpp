@@ -4,11 +4,11 @@
 #include "OS/System/CPU.h"
 
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/ProcessorParser_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 #include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace Kivo {
 
@@ -18,58 +18,17 @@ constexpr const char* PRESENT_PATH = "/sys/devices/system/cpu/present";
 constexpr std::size_t PRESENT_LINE_SIZE = 511;
 constexpr const char* INTERRUPTS_PATH = "/proc/interrupts";
 
-// 0-3
-int32 parsePresent(const std::string& line)
+/// Read the next line, without its line feed, of a caller's file. @return false at the end
+bool readLine(FILE* file, std::string* line)
 {
-    long long first = 0;
-    long long last = 0;
-    std::sscanf(line.c_str(), "%lld-%lld", &first, &last);
-    using Limits = std::numeric_limits<int32>;
-    return last == 0 ? 0 : static_cast<int32>(std::clamp<long long>(last, Limits::min(), Limits::max() - 1) + 1);
-}
-
-//            CPU0       CPU1
-//  11:       2898       2900 GIC-0  27 Level     arch_timer
-// IPI0:       132        262       Rescheduling interrupts
-// IPI1:1794000000 1723000000       Function call interrupts
-// Err:          0
-//
-// Cuts the label and its colon off the front; a row is not sure to have a blank behind the colon.
-bool takeLabel(std::string_view* row, std::string_view* label)
-{
-    if (!TextScanner(*row).field(label))
-        return false;
-    *label = label->substr(0, label->find(':'));
-    row->remove_prefix(static_cast<std::size_t>(label->data() - row->data()) + label->size());
-    if (row->starts_with(':'))
-        row->remove_prefix(1);
-    return true;
-}
-
-bool takeRow(std::string_view* text, std::string_view* row)
-{
-    if (text->empty())
-        return false;
-    *row = text->substr(0, text->find('\n'));
-    text->remove_prefix(std::min(row->size() + 1, text->size()));
-    return true;
-}
-
-uint64 sumOfRow(std::string_view text, std::string_view name, int32 columns)
-{
-    std::string_view row;
-    std::string_view label;
-    takeRow(&text, &row); // the processors' names
-    while (takeRow(&text, &row)) {
-        if (!takeLabel(&row, &label) || label != name)
-            continue;
-        uint64 sum = 0;
-        std::string_view column;
-        for (TextScanner fields(row); columns > 0 && fields.field(&column); --columns)
-            sum += toWide(column).toUint64();
-        return sum;
+    line->clear();
+    int c = EOF;
+    while ((c = std::getc(file)) != EOF && c != '\n') {
+        require(line->size() < SystemFile::MAX_SIZE, "a line of the file is too long", INTERRUPTS_PATH);
+        line->push_back(static_cast<char>(c));
     }
-    return 0;
+    requireCall(std::ferror(file) == 0, "can't read the file", INTERRUPTS_PATH);
+    return c != EOF || !line->empty();
 }
 
 bool noReading(const char* operation, int32* value)
@@ -98,42 +57,65 @@ int32 K7SystemUtil::CPU::coreCount()
         std::string_view line;
         if (!lines.next(&line))
             throwCantRead(PRESENT_PATH);
-        return parsePresent(std::string(line));
+        return parseCoreCount(line);
     });
 }
 
 uint64 K7SystemUtil::CPU::interruptCountOf(const J3String& name)
 {
-    return attemptOrThrow("CPU::interruptCountOf", [&name] {
+    return attemptOrThrow("CPU::interruptCountOf", [&name]() -> uint64 {
         SystemFile file(INTERRUPTS_PATH);
         if (!file)
             throwCantOpen(INTERRUPTS_PATH);
         std::string text;
         if (!file.readAll(&text))
             throwCantRead(INTERRUPTS_PATH);
-        return sumOfRow(text, name.to_string(), coreCount());
+        const std::string label = name.to_string();
+        InterruptsParser rows(text);
+        const int32 columns = std::min(coreCount(), rows.columns());
+        for (InterruptRow row; rows.next(&row);)
+            if (row.label == label)
+                return sumOfInterrupts(row.counts, columns);
+        return 0;
+    });
+}
+
+bool K7SystemUtil::CPU::readInterrupts(std::vector<Interrupt>* interrupts)
+{
+    return attempt("CPU::readInterrupts", [interrupts] {
+        require(interrupts, "interrupts is null");
+        SystemFile file(INTERRUPTS_PATH);
+        file.opened();
+        std::string text;
+        requireCall(file.readAll(&text), "can't read the file", INTERRUPTS_PATH);
+        std::vector<Interrupt> found;
+        InterruptsParser rows(text);
+        for (InterruptRow row; rows.next(&row);) {
+            const uint64 total = takeInterrupts(&row.counts, rows.columns());
+            found.push_back({std::string(row.label), total, std::string(row.counts)});
+        }
+        *interrupts = std::move(found);
     });
 }
 
 bool K7SystemUtil::CPU::readLineFromProcInterrupts(std::vector<J3String>* tokens, FILE* file)
 {
-    if (!tokens || !file)
-        return false;
-    char* line = nullptr;
-    std::size_t capacity = 0;
-    const ssize_t length = ::getline(&line, &capacity, file);
-    const std::unique_ptr<char, void (*)(void*)> owner(line, std::free);
-    if (length < 0)
-        return false;
-
-    std::string_view row(line, static_cast<std::size_t>(length));
-    std::string_view token;
-    tokens->clear();
-    if (takeLabel(&row, &token))
-        tokens->push_back(toWide(token));
-    for (TextScanner fields(row); fields.field(&token);)
-        tokens->push_back(toWide(token));
-    return true;
+    return attempt("CPU::readLineFromProcInterrupts", [tokens, file] {
+        require(tokens, "tokens is null");
+        require(file, "file is null");
+        std::string line;
+        if (!readLine(file, &line))
+            return false;
+        std::vector<J3String> found;
+        std::string_view row = line;
+        std::string_view token;
+        if (takeInterruptLabel(&row, &token))
+            found.push_back(toWide(token));
+        for (TextScanner fields(row); fields.field(&token);)
+            found.push_back(toWide(token));
+        *tokens = std::move(found);
+        return true;
+    });
 }
 
 } // namespace Kivo

@@ -15,7 +15,7 @@ namespace Kivo {
 
 namespace {
 
-void requireRecorder(int32 id) { require(id == K7SystemUtil::Debugging::DT10, "no such recorder"); }
+void requireRecorder(int32 id) { require(id == K7SystemUtil::Debugging::DT10, "no such recorder", std::to_string(id)); }
 
 bool control(const char* operation, int32 id, const char* command)
 {
@@ -29,14 +29,18 @@ bool control(const char* operation, int32 id, const char* command)
 
 bool K7SystemUtil::Debugging::init(int32 id)
 {
-    start(id);
-    return false;
+    return attempt("Debugging::init", [id] {
+        start(id);
+        return false;
+    });
 }
 
 bool K7SystemUtil::Debugging::cleanup(int32 id)
 {
-    stop(id);
-    return false;
+    return attempt("Debugging::cleanup", [id] {
+        stop(id);
+        return false;
+    });
 }
 
 bool K7SystemUtil::Debugging::start(int32 id) { return control("Debugging::start", id, "echo c > /proc/dt10proc"); }
@@ -48,9 +52,9 @@ bool K7SystemUtil::Debugging::isWorking(int32 id)
     return attempt("Debugging::isWorking", [id] {
         requireRecorder(id);
         SystemFile status("/proc/dt10proc_status");
-        requireCall(static_cast<bool>(status), "can't open /proc/dt10proc_status");
+        status.opened();
         char state[1];
-        return status.readInto(state, sizeof state) == "1";
+        return status.readSome(state, sizeof state) == "1";
     });
 }
 

@@ -52,13 +52,10 @@ char K7SystemUtil::Misc::_buffer[256];
 
 void K7SystemUtil::Misc::swapAndTrim(char* dest, const char* src, int32 size)
 {
-    if (!dest)
-        J3_REPORT("dest", "dest is Null!", SOURCE);
-    if (!src)
-        J3_REPORT("src", "src is Null!", SOURCE);
-    if (size <= 0 || size >= DEVICE_TEXT_CAPACITY)
-        J3_REPORT("size > 0 && size < 128", "invalid size", SOURCE);
-    if (!dest || !src)
+    const bool toSomewhere = J3_REQUIRE_ARGUMENT(dest, SOURCE);
+    const bool fromSomewhere = J3_REQUIRE_ARGUMENT(src, SOURCE);
+    static_cast<void>(J3_REQUIRE(size > 0 && size < 128, "invalid size", SOURCE));
+    if (!toSomewhere || !fromSomewhere)
         return;
 
     char work[DEVICE_TEXT_CAPACITY] = {};
@@ -87,24 +84,19 @@ void K7SystemUtil::Misc::swapAndTrim(char* dest, const char* src, int32 size)
 
 int32 K7SystemUtil::Misc::fnComparator(const void* p1, const void* p2)
 {
-    if (!p1)
-        J3_REPORT("p1", "p1 is Null!", SOURCE);
-    if (!p2)
-        J3_REPORT("p2", "p2 is Null!", SOURCE);
-    if (!p1 || !p2)
+    const bool first = J3_REQUIRE_ARGUMENT(p1, SOURCE);
+    const bool second = J3_REQUIRE_ARGUMENT(p2, SOURCE);
+    if (!first || !second)
         return 0;
     return std::strcmp(static_cast<const char*>(p1), static_cast<const char*>(p2));
 }
 
 void K7SystemUtil::Misc::binaryToHexaString(char* dest, const uint8* src, int32 srcLength)
 {
-    if (!dest)
-        J3_REPORT("dest", "dest is Null!", SOURCE);
-    if (!src)
-        J3_REPORT("src", "src is Null!", SOURCE);
-    if (srcLength <= 0)
-        J3_REPORT("srcLength > 0", "invalid srcLength", SOURCE);
-    if (!dest || !src)
+    const bool toSomewhere = J3_REQUIRE_ARGUMENT(dest, SOURCE);
+    const bool fromSomewhere = J3_REQUIRE_ARGUMENT(src, SOURCE);
+    static_cast<void>(J3_REQUIRE(srcLength > 0, "invalid srcLength", SOURCE));
+    if (!toSomewhere || !fromSomewhere)
         return;
 
     constexpr const char* DIGITS = "0123456789ABCDEF";
@@ -117,11 +109,9 @@ void K7SystemUtil::Misc::binaryToHexaString(char* dest, const uint8* src, int32 
 
 int32 K7SystemUtil::Misc::hexaStringToBinary(uint8* dest, const char* src)
 {
-    if (!dest)
-        J3_REPORT("dest", "dest is Null!", SOURCE);
-    if (!src)
-        J3_REPORT("src", "src is Null!", SOURCE);
-    if (!dest || !src)
+    const bool toSomewhere = J3_REQUIRE_ARGUMENT(dest, SOURCE);
+    const bool fromSomewhere = J3_REQUIRE_ARGUMENT(src, SOURCE);
+    if (!toSomewhere || !fromSomewhere)
         return 0;
 
     const std::size_t pairs = std::strlen(src) / 2;
@@ -137,10 +127,8 @@ int32 K7SystemUtil::Misc::hexaStringToBinary(uint8* dest, const char* src)
 
 void K7SystemUtil::Misc::getRandNumber(std::vector<uint32>* dest, uint32 count, uint32 max)
 {
-    if (!dest) {
-        J3_REPORT("dest", "dest is Null!", SOURCE);
+    if (!J3_REQUIRE_ARGUMENT(dest, SOURCE))
         return;
-    }
     std::srand(randomSeed() + static_cast<uint32>(std::time(nullptr)));
     dest->clear();
     dest->reserve(count);

@@ -4,6 +4,7 @@
 #include "Foundation/J3Immortal.h"
 #include "OS/System/Network.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/FileReplacement_p.h"
 #include "OS/System/Platform/Linux/detail/ResolverParser_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 #include "OS/System/Platform/Linux/detail/Text_p.h"
@@ -153,17 +154,6 @@ bool readLeaseResult(const char* operation, const char* path, bool* leased)
         }
         return false;
     });
-}
-
-void replaceFile(const char* path, std::string_view text, mode_t mode)
-{
-    const UniqueFd file = openSystemPath(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
-    requireCall(static_cast<bool>(file), "can't open the file", path);
-    while (!text.empty()) {
-        const ssize_t written = retried([&] { return ::write(file.get(), text.data(), text.size()); });
-        requireCall(written > 0, "can't write the file", path);
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
 }
 
 /// Whether a failure leaves no hope that another file would take the place of this one.

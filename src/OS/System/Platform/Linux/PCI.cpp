@@ -4,8 +4,8 @@
 #include "OS/System/PCI.h"
 
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/PciParser_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
-#include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <algorithm>
 
@@ -17,39 +17,11 @@ using DeviceInfo = K7SystemUtil::PCI::DeviceInfo;
 
 constexpr std::size_t IDENTIFIER_LINE_SIZE = 256;
 
-/// The hexadecimal number that @p text is, -1 for anything else.
-int32 hexNumber(std::string_view text) { return std::max(wholeNumber<int32>(text, 16).value_or(-1), -1); }
-
-// 0000:00:1f.2
-DeviceInfo::Address parseAddress(std::string_view name)
-{
-    TextScanner fields(name);
-    std::string_view field;
-    int32 numbers[4] = {};
-    for (int32& number : numbers) {
-        if (!fields.field(&field, ":."))
-            return {};
-        number = hexNumber(field);
-    }
-    if (fields.field(&field, ":."))
-        return {};
-    return {numbers[0], numbers[1], numbers[2], numbers[3]};
-}
-
-// 0x8086
-int32 parseIdentifier(std::string_view line)
-{
-    std::string_view word;
-    TextScanner(line).field(&word);
-    if (word.starts_with("0x"))
-        word.remove_prefix(2);
-    return hexNumber(word);
-}
-
 int32 readIdentifier(const std::string& path)
 {
-    std::string line;
-    return readFirstLine(path.c_str(), IDENTIFIER_LINE_SIZE, &line) ? parseIdentifier(line) : -1;
+    SystemFile file(path);
+    char line[IDENTIFIER_LINE_SIZE - 1];
+    return file ? parsePciIdentifier(file.readInto(line, sizeof line)) : -1;
 }
 
 struct Entry {
@@ -60,10 +32,10 @@ struct Entry {
 std::vector<Entry> listEntries(const char* directory)
 {
     std::vector<std::string> names;
-    requireCall(listSystemDirectory(directory, &names), "opendir() failed");
+    requireCall(listSystemDirectory(directory, &names), "can't list the directory", directory);
     std::vector<Entry> entries;
     for (const std::string& name : names)
-        if (const DeviceInfo::Address address = parseAddress(name); address.isValid())
+        if (const DeviceInfo::Address address = parsePciAddress(name); address.isValid())
             entries.push_back({address, std::string(directory) + '/' + name});
     std::stable_sort(entries.begin(), entries.end(),
                      [](const Entry& left, const Entry& right) { return left.address < right.address; });
@@ -97,23 +69,36 @@ J3String DeviceInfo::toString() const
 
 void K7SystemUtil::PCI::init() {}
 
-bool K7SystemUtil::PCI::updatePciDeviceInfo()
+bool K7SystemUtil::PCI::listDevices(std::vector<DeviceInfo>* devices)
 {
-    std::fill(std::begin(INDEX_TO_PCI_DEVICE_INFO), std::end(INDEX_TO_PCI_DEVICE_INFO), DeviceInfo());
-    return attempt("PCI::updatePciDeviceInfo", [] {
-        DeviceInfo* next = std::begin(INDEX_TO_PCI_DEVICE_INFO);
-        for (const Entry& entry : listEntries(PCI_DEVICE_INFO_PATH)) {
-            if (next == std::end(INDEX_TO_PCI_DEVICE_INFO))
-                break;
-            const DeviceInfo device(entry.address, readIdentifier(entry.path + "/vendor"),
-                                    readIdentifier(entry.path + "/device"));
-            if (device.isValid())
-                *next++ = device;
-        }
+    return attempt("PCI::listDevices", [devices] {
+        require(devices, "devices is null");
+        std::vector<DeviceInfo> found;
+        for (const Entry& entry : listEntries(PCI_DEVICE_INFO_PATH))
+            found.emplace_back(entry.address, readIdentifier(entry.path + "/vendor"),
+                               readIdentifier(entry.path + "/device"));
+        *devices = std::move(found);
     });
 }
 
-void K7SystemUtil::PCI::rescan() { updatePciDeviceInfo(); }
+bool K7SystemUtil::PCI::updatePciDeviceInfo()
+{
+    return attempt("PCI::updatePciDeviceInfo", [] {
+        std::fill(std::begin(INDEX_TO_PCI_DEVICE_INFO), std::end(INDEX_TO_PCI_DEVICE_INFO), DeviceInfo());
+        std::vector<DeviceInfo> devices;
+        const bool listed = listDevices(&devices);
+        DeviceInfo* next = std::begin(INDEX_TO_PCI_DEVICE_INFO);
+        for (const DeviceInfo& device : devices)
+            if (device.isValid() && next != std::end(INDEX_TO_PCI_DEVICE_INFO))
+                *next++ = device;
+        return listed;
+    });
+}
+
+void K7SystemUtil::PCI::rescan()
+{
+    attempt("PCI::rescan", [] { return updatePciDeviceInfo(); });
+}
 
 int32 K7SystemUtil::PCI::getDeviceCount(int32 vendorId, int32 deviceId)
 {

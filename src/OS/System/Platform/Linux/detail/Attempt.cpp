@@ -3,24 +3,14 @@
 // The attempt and the last failure.
 #include "Foundation/J3Exception.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
-#include "OS/System/Platform/Linux/detail/SystemFile_p.h"
+#include "OS/System/Platform/Linux/detail/SystemPath_p.h"
 #include "OS/System/Platform/Linux/detail/Text_p.h"
 
-#include <algorithm>
-#include <cstring>
 #include <system_error>
 
 namespace Kivo {
 
 namespace {
-
-template <std::size_t Size>
-void copyText(char (&out)[Size], std::string_view text)
-{
-    const std::size_t length = std::min(text.size(), Size - 1);
-    std::memcpy(out, text.data(), length);
-    out[length] = '\0';
-}
 
 /// Has no destructor, so that operations still work in those of thread_local and static objects.
 struct ThreadFailure {
@@ -52,7 +42,7 @@ void Operation::succeeded() noexcept { t_failure.failed = _hadFailure; }
 
 void noteFailure(const Reason& reason) noexcept
 {
-    if (t_failure.failed)
+    if (t_failure.failed || t_failure.depth == 0)
         return;
     t_failure.failed = true;
     t_failure.errorCode = reason.errorCode;

@@ -10,6 +10,7 @@
 #include "OS/System/K7SystemUtilClass.h"
 
 #include <cerrno>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -43,6 +44,7 @@ void requireLiveSystem();
 inline bool hasText(const char* text) { return text && *text; }
 
 /// Note why the operation under way fails. The first note of an operation stays: what follows tends to follow from it.
+/// Without an operation nothing is noted.
 void noteFailure(const Reason& reason) noexcept;
 
 /// Note the exception in flight, if it is a reason, a message or a system error; any other, such as one for lack of
@@ -99,14 +101,15 @@ bool attempt(const char* name, Steps&& steps)
     });
 }
 
-/// The same for an operation whose failures leave as exceptions.
+/// The same for an operation whose failures leave as exceptions, or as a false once they are noted.
 template <class Steps>
 auto attemptOrThrow(const char* name, Steps&& steps)
 {
     Operation operation(name);
     try {
         auto result = steps();
-        operation.succeeded();
+        if (!std::is_same_v<decltype(result), bool> || result)
+            operation.succeeded();
         return result;
     } catch (...) {
         const auto inFlight = std::current_exception();

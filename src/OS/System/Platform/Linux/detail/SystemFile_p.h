@@ -7,46 +7,42 @@
 #error "private to libK7SAL"
 #endif
 
-#include "Base/UniqueFd_p.h"
-#include "OS/System/K7SystemUtilClass.h"
+#include "OS/System/Platform/Linux/detail/Attempt_p.h"
+#include "OS/System/Platform/Linux/detail/FileReplacement_p.h"
+#include "OS/System/Platform/Linux/detail/SystemPath_p.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <fcntl.h>
 
 namespace Kivo {
-
-[[nodiscard]] bool hasSystemRoot();
-
-/// Open an absolute path below the system root, close-on-exec, never waiting for a writer. Links of a captured tree
-/// cannot lead out of it.
-[[nodiscard]] UniqueFd openSystemPath(const char* path, int flags, mode_t mode = 0);
 
 /// A file below the system root, read from its beginning on.
 class SystemFile {
 public:
-    explicit SystemFile(const char* path);
-    explicit SystemFile(const std::string& path) : SystemFile(path.c_str()) {}
+    explicit SystemFile(std::string path);
 
     /// Whether the file could be opened; errno tells why not.
     explicit operator bool() const { return static_cast<bool>(_fd); }
+
+    [[nodiscard]] const std::string& path() const { return _path; }
+
+    /// Raise a reason, with the current errno, when the file could not be opened.
+    const SystemFile& opened() const;
 
     /// Read up to @p size bytes in one call of the kernel; what a generated file gives at once is one state of it.
     /// @return the bytes read; none at the end, with errno 0, and on an error
     std::string_view readInto(char* buffer, std::size_t size);
 
-    /// Read to the end, at most @p limit bytes. @return false when reading fails
+    /// The same; raises a reason on an error.
+    std::string_view readSome(char* buffer, std::size_t size);
+
+    /// Read to the end, or @p limit bytes; of more than MAX_SIZE none. @return false, with errno, when reading fails
     bool readAll(std::string* text, std::size_t limit = MAX_SIZE);
 
     static constexpr std::size_t MAX_SIZE = 16U << 20U;
 
 private:
+    std::string _path;
     UniqueFd _fd;
 };
 
@@ -54,11 +50,20 @@ private:
 class SystemLines {
 public:
     /// @param size the buffer size that fgets would be given, 2 to BUFFER_SIZE: a piece has at most size - 1 bytes
-    SystemLines(const char* path, std::size_t size) : _file(path), _size(size) {}
+    SystemLines(std::string path, std::size_t size) : _file(std::move(path)), _size(size) {}
 
     explicit operator bool() const { return static_cast<bool>(_file); }
 
-    /// Deliver the next line with its line feed; it is valid until the next call. @return false at the end
+    /// Raise a reason, with the current errno, when the file could not be opened.
+    SystemLines& opened()
+    {
+        _file.opened();
+        return *this;
+    }
+
+    /// Deliver the next line with its line feed; it is valid until the next call.
+    /// @return false at the end, and when the file cannot be read or is larger than SystemFile::MAX_SIZE: the operation
+    ///     under way has then failed
     bool next(std::string_view* line)
     {
         const char* const start = _buffer + _begin;
@@ -70,25 +75,33 @@ public:
         return true;
     }
 
+    /// Whether reading failed; next() has noted why.
+    [[nodiscard]] bool failed() const { return _failed; }
+
     static constexpr std::size_t BUFFER_SIZE = 16384;
 
 private:
     /// The same for a line whose end is not in the buffer, or further away than a piece is long.
     bool nextUnfinished(std::string_view* line);
+    std::size_t fill();
 
     SystemFile _file;
     std::size_t _size;
     std::size_t _begin = 0;
     std::size_t _end = 0;
+    std::size_t _total = 0;
+    bool _failed = false;
     char _buffer[BUFFER_SIZE];
 };
 
 /// Hand the lines of a file, cut at 511 bytes, to @p take until it returns true.
-/// @return false when the file cannot be opened or no line was taken
+/// @return whether a line was taken; when the file could not be opened or read, the operation under way has failed
 template <class Take>
 bool anyLine(const char* path, Take&& take)
 {
     SystemLines lines(path, 512);
+    if (!lines)
+        noteFailure({"can't open the file", errno, path});
     std::string_view line;
     while (lines && lines.next(&line))
         if (take(line))
@@ -96,14 +109,18 @@ bool anyLine(const char* path, Take&& take)
     return false;
 }
 
-/// Read the first line as fgets reads it, without its line feed. @return false when there is none
+/// Read the first line as fgets reads it, without its line feed.
+/// @return false, with errno, when it cannot be read; with errno 0 when the file is empty
 bool readFirstLine(const char* path, std::size_t size, std::string* line);
 
-/// Read a symbolic link below the system root. @return false when there is none or it cannot be read
+/// Read a symbolic link below the system root. @return false, with errno, when there is none or it cannot be read
 bool readSystemLink(const char* path, std::string* target);
 
-/// The names in a directory below the system root, without "." and "..", in ascending order.
+/// List the names in a directory below the system root, without "." and "..", in ascending order.
+/// @return false, with errno and @p names as they were, when it cannot be read or holds more than MAX_NAMES
 bool listSystemDirectory(const char* path, std::vector<std::string>* names);
+
+constexpr std::size_t MAX_NAMES = 1U << 20U;
 
 /// Raise the "can't open" message of a reader whose file is not there, and remember it as the last failure.
 [[noreturn]] void throwCantOpen(const char* path);
