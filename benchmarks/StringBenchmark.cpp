@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// J3String beside the bare C library and memory.
+// J3String beside the bare C library, the fmt library where there is one, and memory.
 #include "Foundation/J3String.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cwchar>
+
+#ifdef K7_WITH_FMT
+#include <fmt/xchar.h>
+#endif
 
 using namespace Kivo;
 
@@ -43,6 +47,20 @@ void BM_FormatThreeIntegers(benchmark::State& state)
 }
 
 BENCHMARK(BM_FormatThreeIntegers);
+
+#ifdef K7_WITH_FMT
+void BM_FmtThreeIntegers(benchmark::State& state)
+{
+    int value = 0;
+    for ([[maybe_unused]] auto step : state) {
+        std::wstring text = fmt::format(L"{}:{}:{}", value, 59, 12345);
+        benchmark::DoNotOptimize(text);
+        ++value;
+    }
+}
+
+BENCHMARK(BM_FmtThreeIntegers);
+#endif
 
 void BM_SwprintfText(benchmark::State& state)
 {

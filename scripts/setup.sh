@@ -9,7 +9,7 @@ packages=(ccache cmake g++ libboost-dev libcli11-dev libutfcpp-dev ninja-build n
 for purpose in "$@"; do
     case $purpose in
         build) ;;
-        test) packages+=(ethtool googletest iproute2 libgtest-dev libbenchmark-dev) ;;
+        test) packages+=(ethtool googletest iproute2 libfmt-dev libgtest-dev libbenchmark-dev) ;;
         measure) packages+=(iproute2 pciutils procps python3 time util-linux) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         lint) packages+=(clang-format-14 clang-tidy-14 clang-14 doxygen python3) ;;

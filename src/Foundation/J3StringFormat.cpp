@@ -55,6 +55,30 @@ wchar_t* writeDigits(uint64 value, wchar_t* end, wchar_t ten = L'a')
     return end;
 }
 
+// "00" to "99", for two digits at a time.
+constexpr auto DIGIT_PAIRS = [] {
+    std::array<std::array<wchar_t, 2>, 100> pairs{};
+    for (std::size_t i = 0; i < pairs.size(); ++i)
+        pairs[i] = {static_cast<wchar_t>(L'0' + i / 10), static_cast<wchar_t>(L'0' + i % 10)};
+    return pairs;
+}();
+
+template <>
+inline wchar_t* writeDigits<10>(uint64 value, wchar_t* end, wchar_t)
+{
+    for (; value >= 100; value /= 100) {
+        end -= 2;
+        std::copy_n(DIGIT_PAIRS[value % 100].data(), 2, end);
+    }
+    if (value < 10) {
+        *--end = static_cast<wchar_t>(L'0' + value);
+        return end;
+    }
+    end -= 2;
+    std::copy_n(DIGIT_PAIRS[value].data(), 2, end);
+    return end;
+}
+
 // One run of the engine. The text grows on the stack first, apart from its target, so that arguments may alias that.
 class Formatter {
 public:
@@ -67,6 +91,7 @@ public:
 private:
     void print(std::wstring_view format);
     bool print(const Conversion& conversion);
+    void printDecimal(bool negative, uint32 magnitude);
     void printInteger(const Conversion& conversion, uint64 value);
     template <class Float>
     void printFloat(const Conversion& conversion, Float value);
@@ -84,12 +109,17 @@ private:
 void Formatter::print(std::wstring_view format)
 {
     const wchar_t* const end = format.data() + format.size();
-    for (const wchar_t* at = format.data(); at != end;) {
-        const wchar_t* const percent = std::find(at, end, L'%');
-        if (percent != at)
-            _text.append({at, percent});
+    for (const wchar_t* at = format.data();;) {
+        const wchar_t* const percent = _text.appendUntil(L'%', at, end);
         if (percent == end)
             return;
+        if (end - percent > 1 && (percent[1] == L'd' || percent[1] == L'u')) { // bare, as most are
+            const auto value = _arguments.next<uint32>();
+            const bool negative = percent[1] == L'd' && static_cast<int32>(value) < 0;
+            printDecimal(negative, negative ? 0 - value : value);
+            at = percent + 2;
+            continue;
+        }
         Conversion conversion;
         at = ConversionReader(percent + 1, end, &_arguments).read(&conversion);
         const std::size_t begin = _text.size();
@@ -152,6 +182,16 @@ bool Formatter::print(const Conversion& conversion)
     default:
         return false;
     }
+}
+
+void Formatter::printDecimal(bool negative, uint32 magnitude)
+{
+    wchar_t room[12];
+    wchar_t* const end = std::end(room);
+    wchar_t* begin = writeDigits<10>(magnitude, end);
+    if (negative)
+        *--begin = L'-';
+    _text.append({begin, end});
 }
 
 void Formatter::printInteger(const Conversion& conversion, uint64 value)

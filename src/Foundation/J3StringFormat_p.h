@@ -214,7 +214,22 @@ public:
         return at;
     }
 
-    void append(std::wstring_view text) { std::copy(text.begin(), text.end(), extend(text.size())); }
+    void append(std::wstring_view text)
+    {
+        wchar_t* to = extend(text.size());
+        for (const wchar_t character : text) // mostly a few, for which a call costs more
+            *to++ = character;
+    }
+
+    // Add what stands before a character, and give where that is, or the end.
+    const wchar_t* appendUntil(wchar_t stop, const wchar_t* at, const wchar_t* end)
+    {
+        wchar_t* to = extend(static_cast<std::size_t>(end - at));
+        while (at != end && *at != stop)
+            *to++ = *at++;
+        truncate(static_cast<std::size_t>(to - _data));
+        return at;
+    }
 
     void append(std::string_view ascii) { std::copy(ascii.begin(), ascii.end(), extend(ascii.size())); }
 
