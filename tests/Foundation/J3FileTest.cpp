@@ -22,7 +22,8 @@ TEST(J3File, ReadsOnUpToTheEndAndOwnsOneDescriptor)
     close(free);
     {
         J3File moved;
-        ASSERT_TRUE(moved.open(path.c_str(), J3File::READ) && moved.open(path.c_str(), J3File::READ));
+        ASSERT_TRUE(moved.open(path.c_str(), J3File::READ));
+        ASSERT_TRUE(moved.open(path.c_str(), J3File::READ)) << "over an open one";
         EXPECT_EQ(fcntl(free, F_GETFD), FD_CLOEXEC);
         J3File file;
         file = std::move(moved);
@@ -30,8 +31,10 @@ TEST(J3File, ReadsOnUpToTheEndAndOwnsOneDescriptor)
         EXPECT_EQ(file.read(text, 7), 7U);
         EXPECT_STREQ(text, "twelve ");
         EXPECT_EQ(file.read(text, 20), 5U);
-        EXPECT_TRUE(!file.open("/", J3File::READ) && errno == EISDIR);
-        EXPECT_TRUE(!file.open("/nowhere/at/all", J3File::READ) && errno == ENOENT);
+        EXPECT_FALSE(file.open("/", J3File::READ));
+        EXPECT_EQ(errno, EISDIR);
+        EXPECT_FALSE(file.open("/nowhere/at/all", J3File::READ));
+        EXPECT_EQ(errno, ENOENT);
         EXPECT_TRUE(moved.open(path.c_str(), J3File::READ));
     }
     EXPECT_EQ(fcntl(free, F_GETFD), -1);

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// The wide text: encodings, search, numbers, tokens.
+// The wide text: encodings, search, comparison, numbers.
 #include "Foundation/J3String.h"
 
-#include "Foundation/J3StringTokenizer.h"
+#include "Foundation/J3Exception.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <fstream>
+#include <unordered_set>
+
+#include <sys/resource.h>
 
 using namespace Kivo;
 using namespace std::string_literals;
@@ -85,7 +89,9 @@ TEST(J3String, MarksWhatAnEncodingCannotHold)
 TEST(J3String, FindsCutsAndReplaces)
 {
     const J3String text(L"abcabc");
-    EXPECT_TRUE(text.find(L"bc", 1) == 1 && text.find(L"bc", 2) == 4 && text.find(L"bc", 5) == J3String::NPOS);
+    EXPECT_EQ(text.find(L"bc", 1), 1U);
+    EXPECT_EQ(text.find(L"bc", 2), 4U);
+    EXPECT_EQ(text.find(L"bc", 5), J3String::NPOS);
     EXPECT_EQ(text.substring(2, 3) + text.substring(4, 100) + text.substring(7, J3String::NPOS), L"cabbc");
     EXPECT_EQ(J3String(text).replace(L"b", L"::", false), L"a::cabc");
     EXPECT_EQ(J3String(text).replace(L"b", L"bb", true), L"abbcabbc"); // what was put in is not looked at again
@@ -101,19 +107,35 @@ TEST(J3String, ReadsLeadingNumbers)
         {L"-99999999999999999999", -2147483648, 0xFFFFFFFFFFFFFFFF},
         {L"18446744073709551616", 2147483647, 0xFFFFFFFFFFFFFFFF},
     };
-    for (const auto& [text, narrow, wide] : cases)
-        EXPECT_TRUE(J3String(text).toInt32() == narrow && J3String(text).toUint64() == wide) << text;
+    for (const auto& [text, narrow, wide] : cases) {
+        EXPECT_EQ(J3String(text).toInt32(), narrow) << text;
+        EXPECT_EQ(J3String(text).toUint64(), wide) << text;
+    }
 }
 
-TEST(J3StringTokenizer, DropsEmptyTokensUnlessAsked)
+TEST(J3String, TellsAnEncodingThatCannotBeLoadedFromAnUnknownOne)
 {
-    const auto joined = [](const J3String& text, const J3String& delimiters, bool keepEmpty) {
-        J3StringTokenizer tokenizer(text, delimiters, keepEmpty);
-        J3String all;
-        for (J3String token; tokenizer.getToken(&token);)
-            all += L"<" + token + L">";
-        return all;
-    };
-    EXPECT_EQ(joined(L",a;;b,", L",;", false), L"<a><b>");
-    EXPECT_EQ(joined(L",a;;b,", L",;", true), L"<><a><><b><>");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    int32 error = 0;
+    try {
+        static_cast<void>(J3String(L"\xD55C").to_string("EUC-KR"));
+    } catch (const J3Exception& exception) {
+        error = exception.errorCode();
+    }
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(error, EMFILE);
+    EXPECT_EQ(J3String(L"\xD55C").to_string("EUC-KR"), "\xC7\xD1");
+}
+
+TEST(J3String, ServesRangesUnorderedContainersAndNullTexts)
+{
+    const J3String text = J3String::from_string(std::string_view("\xE2\x82\xAC!?", 4));
+    EXPECT_EQ(std::wstring(text.begin(), text.end()), L"\x20AC!");
+    EXPECT_TRUE((std::unordered_set<J3String>{text}).contains(L"\x20AC!"));
+    const wchar_t* const null = nullptr;
+    EXPECT_EQ(J3String(), null);
+    EXPECT_NE(text, null);
 }

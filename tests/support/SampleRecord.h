@@ -18,6 +18,9 @@ struct SampleRecord : J3Record<SampleRecord> {
                         self.precise, self.name, self.time, self.mac, self.bytes);
     }
 
+    static constexpr const char* JSON =
+        R"({"1":true,"2":-2,"3":515,"4":67438087,"5":-1,"6":18446744073709551614,"7":1.5,)"
+        R"("8":-0.1,"9":"é","10":{"1":16},"11":[1,2,3],"12":2,"13":[170,187]})";
     static constexpr uint8 PAIR[] = {0xAA, 0xBB};
 
     bool flag = true;
