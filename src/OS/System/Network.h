@@ -13,12 +13,17 @@
 
 namespace Kivo {
 
-/// Queries of one named network interface ("eth0"), and the name servers that the resolver uses.
+/// Queries of one named network interface ("eth0"), lists of all interfaces and routes, and the name servers that the
+/// resolver uses.
 ///
 /// Every query opens what it needs, reads, closes and returns; nothing is cached. A name of more than 15 bytes names no
-/// interface. Unless said otherwise an operation gives false on failure, leaves its outputs as they were and tells the
-/// reason, if it has one, to K7SystemUtil::lastFailure(). What is asked of the kernel by a socket (addresses, IPv4
-/// masks, links, offload) needs the live system; what is read from a file follows the system root.
+/// interface. Unless said otherwise an operation gives false on failure, leaves its outputs as they were and tells
+/// K7SystemUtil::lastFailure() the reason and the interface or file that it is about. "No address", "no route" and a
+/// file that is not there (IPv6 is off, the DHCP client never ran) are answers: false without a reason. A file that is
+/// there and cannot be opened or read to its end is a failure.
+///
+/// What is asked of the kernel by a socket (addresses, IPv4 masks, links, offload) needs the live system; what is read
+/// from a file follows the system root.
 ///
 /// *Threads*: any, except for the name servers, which one configuring thread sets and clears.
 class K7SAL_API K7SystemUtil::Network {
@@ -88,9 +93,10 @@ public:
         std::optional<uint32> carrierChanges;   ///< how often the link came or went; live only
         std::optional<Traffic> received;
         std::optional<Traffic> sent;
-        std::optional<std::vector<InterfaceAddress>> ipv4; ///< in the kernel's order; live only
-        std::optional<std::vector<InterfaceAddress>>
-            ipv6; ///< absent when there is no file: IPv6 is off, or not captured
+        /// In the kernel's order; live only.
+        std::optional<std::vector<InterfaceAddress>> ipv4;
+        /// Absent when there is no file of them: IPv6 is off, or it was not captured.
+        std::optional<std::vector<InterfaceAddress>> ipv6;
     };
 
     /// A route of either family.
@@ -120,12 +126,11 @@ public:
         int32 errorCode = 0; ///< why `/etc/resolv.conf` was not written; 0 when it was
     };
 
-    /// @{ How many entries the lists below take; a longer one is cut there, and is a failure.
+    /// How many interfaces listInterfaces() gives; that there are more is a failure. The others likewise.
     static constexpr std::size_t MAX_INTERFACES = 16384;
-    static constexpr std::size_t MAX_ADDRESSES = 131072; ///< IPv6 addresses of all interfaces
-    static constexpr std::size_t MAX_ROUTES = 131072;
-    static constexpr std::size_t MAX_NAME_SERVERS = 1024;
-    /// @}
+    static constexpr std::size_t MAX_ADDRESSES = 131072;  ///< IPv6 addresses of all interfaces together
+    static constexpr std::size_t MAX_ROUTES = 131072;     ///< of both families together
+    static constexpr std::size_t MAX_NAME_SERVERS = 1024; ///< of the resolver file
 
     /// List every interface with what the kernel's lists tell of it, each of them read once.
     ///
@@ -138,18 +143,20 @@ public:
     static bool listInterfaces(std::vector<Interface>* interfaces);
 
     /// List every IPv4 route of the main table, then every IPv6 route that the kernel shows, those to its own addresses
-    /// and to groups (RTF_LOCAL, RTF_ANYCAST, ff00::/8) included.
+    /// and to multicast groups (RTF_LOCAL, RTF_ANYCAST, ff00::/8) included. Without IPv6 there are none of it.
     /// @param routes is replaced
     /// @return false when a list could not be read (ENOENT: there is no list of IPv4 routes); @p routes then holds what
-    /// the other told. Without IPv6 there are none of it.
+    ///     the other told
     /// *Source*: `/proc/net/route`, `/proc/net/ipv6_route`
     static bool listRoutes(std::vector<Route>* routes);
 
     /// Read the first address that an interface has of the family.
     /// @return false, without a reason, when it has none or there is no such interface
     /// *Source*: getifaddrs
+    /// @{
     static bool getIpAddress(const char* devName, K7IPv4Address* address);
     static bool getIpAddress(const char* devName, K7IPv6Address* address);
+    /// @}
 
     /// Read the default gateway through an interface.
     ///
@@ -171,19 +178,23 @@ public:
     /// *Source*: `/proc/net/if_inet6`
     static bool getSubnetMask(const char* devName, K7IPv6Address* mask);
 
-    // The same by value: an address that is not set when the name is null or the query fails.
+    /// The same by value. @return an address that is not set when the name is null or the query fails
+    /// @{
     static K7IPv4Address getDefaultGateway(const char* devName);
     static K7IPv6Address getDefaultGatewayV6(const char* devName);
     static K7IPv4Address getSubnetMask(const char* devName);
     static K7IPv6Address getSubnetMaskV6(const char* devName);
+    /// @}
 
     /// Read the hardware address of an interface.
     /// @param mac takes six bytes
     /// *Source*: SIOCGIFHWADDR
+    /// @{
     static bool getMacAddress(uint8* mac, const char* devName);
     static bool getMacAddress(K7MacAddress* mac, const char* devName);
+    /// @}
 
-    /// Whether an interface may have this hardware address: it is neither all zero nor a group's.
+    /// Whether an interface may have this hardware address: it is neither all zero nor multicast.
     static bool isValidMacAddress(const K7MacAddress& mac);
 
     /// Make the link-local address 169.254.x.y of the last two bytes of a hardware address.
@@ -197,7 +208,7 @@ public:
     /// *Source*: `/proc/net/dev`. *Cost*: the kernel walks all interfaces up to the one asked for.
     static bool getNetDevIoStat(const char* devName, NetDevIoStat* stat);
 
-    /// Whether an interface is both up and running; false when that cannot be told.
+    /// Whether an interface is both up and running; false when that cannot be told, which is a failure.
     /// *Source*: SIOCGIFFLAGS on a packet socket. *Privilege*: CAP_NET_RAW
     static bool getNetworkLink(const char* devName);
 
@@ -208,7 +219,7 @@ public:
 
     /// Read the speed of a link in Mbit/s.
     /// @param speed takes 10, 100 or 1000; it is left as it was, with true, at any other speed
-    /// @return false, without a reason, when the speed cannot be read, as while the link is down
+    /// @return false, without a reason, when there is no speed, as while the link is down
     /// *Source*: `/sys/class/net/<device>/speed`
     static bool getEthernetLinkSpeed(const char* devName, int32* speed);
 
@@ -224,7 +235,7 @@ public:
     /// *Privilege*: CAP_NET_ADMIN
     static void fixupBugForEthernetFeatureSG(const K7EthDevInfo* info);
 
-    /// The sockets in use in the system, 0 when unknown. *Source*: `/proc/net/sockstat`
+    /// The sockets in use in the system; 0 when that cannot be told. *Source*: `/proc/net/sockstat`
     static int32 getUsedSocketCount();
 
     /// Refresh both addresses of a device from the kernel, by the name of its interface. Without an IPv4 address
@@ -235,11 +246,12 @@ public:
     /// Refresh the hardware address of a device from the kernel, by the name of the device.
     static bool updateMacAddress(K7EthDevInfo* info);
 
-    /// Resolve a host into the texts of its addresses, in the order in which they should be tried.
+    /// Resolve a host into the texts of its addresses, in the order in which they should be tried. A link-local one has
+    /// its scope ("fe80::1%eth0").
     /// @param addresses is replaced
     /// @param host a name or a numeric address, which is resolved at once
     /// *Source*: getaddrinfo. *Cost*: blocks, never longer than ADDR_INFO_TIMEOUT; a resolver that takes longer goes on
-    /// in the background until it gives up.
+    /// in the background, on a thread that touches nothing of the library's, until it gives up or the process exits.
     static bool getAddrInfo(std::vector<J3String>* addresses, const J3String& host);
 
     /// Whether a TCP connection to a host can be made through an interface. Several addresses are tried in turn, each
@@ -267,15 +279,15 @@ public:
     /// @return false when neither was written; lastFailure() then tells about the first
     static bool writeResolverFile(ResolverFile* written = nullptr);
 
-    /// @{
     /// Make an address the first name server of its family and write the resolver file with updateResolvConf().
     /// writeResolverFile() tells which file that is. *Privilege*: who may write the file
+    /// @{
     static void setDnsIpAddress(const K7IPv4Address& address);
     static void setDnsIpAddress(const K7IPv6Address& address);
     /// @}
 
-    /// @{
     /// Forget both name servers of the family and write the resolver file.
+    /// @{
     static void clearDnsIpAddress();
     static void clearDnsIpAddressV6();
     /// @}
@@ -291,12 +303,14 @@ public:
     /// Read the first IPv4 name server that the DHCP client was given. *Source*: `/etc/resolv.conf.org`
     static K7IPv4Address getAutoDnsIpAddress();
 
-    /// Read whether the DHCP client has a lease for the WAN or the video input interface.
+    /// Read whether the DHCP client has a lease for the WAN or the video input interface, from the first 20 lines.
     /// @param leased may be null
     /// @return false, without a reason, when its file is missing or holds no number
     /// *Source*: `/var/nvr/udhcpc-wan.stat`, `/var/nvr/udhcpc-vin.stat`
+    /// @{
     static bool getWanDhcpcLeaseResult(bool* leased);
     static bool getVinDhcpcLeaseResult(bool* leased);
+    /// @}
 
     /// Read the host name, which may have up to 63 bytes. @param devName not used
     static bool getHostName(J3String* name, const char* devName);

@@ -59,8 +59,8 @@ public:
 
 private:
     Interfaces _interfaces;
-    std::map<std::string, std::size_t, std::less<>>
-        _places; // not hashed: names of a captured tree may be chosen to collide
+    // Not hashed: names of a captured tree may be chosen to collide.
+    std::map<std::string, std::size_t, std::less<>> _places;
 };
 
 bool isInterfaceName(std::string_view name) { return !name.empty() && name.size() < IFNAMSIZ; }

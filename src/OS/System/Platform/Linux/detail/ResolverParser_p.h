@@ -12,8 +12,9 @@ namespace Kivo {
 /// Take the text of the server from a "nameserver" line. @return an empty text when the line is none or has none
 std::string_view parseServerText(std::string_view line);
 
-/// Read an IPv4 server in any form that inet_aton knows; an IPv6 server, without its scope.
-/// @{ @return false when the text is not such an address, which may be one that is not set
+/// Read an IPv4 server in any form that inet_aton knows, or an IPv6 server without its scope.
+/// @return false when the text is not such an address, which may be one that is not set
+/// @{
 bool parseServer(std::string_view text, K7IPv4Address* address);
 bool parseServer(std::string_view text, K7IPv6Address* address);
 /// @}
