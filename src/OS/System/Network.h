@@ -188,6 +188,7 @@ public:
 
     /// Read the hardware address of an interface.
     /// @param mac takes six bytes
+    /// @param devName the interface
     /// *Source*: SIOCGIFHWADDR
     /// @{
     static bool getMacAddress(uint8* mac, const char* devName);
@@ -198,10 +199,11 @@ public:
     static bool isValidMacAddress(const K7MacAddress& mac);
 
     /// Make the link-local address 169.254.x.y of the last two bytes of a hardware address.
+    /// @param devName the interface to ask when @p mac is null; not used otherwise
     /// @param mac null to read the interface's; an address that is not set is the result when that fails
     static K7IPv4Address getDefaultLinkLocalAddressV4(const char* devName, const K7MacAddress* mac);
 
-    /// Make the link-local address of a hardware address by the modified EUI-64 rule; @p mac as for IPv4.
+    /// Make the link-local address of a hardware address by the modified EUI-64 rule; the parameters are as for IPv4.
     static K7IPv6Address getDefaultLinkLocalAddressV6(const char* devName, const K7MacAddress* mac);
 
     /// Read the traffic counters of an interface.
@@ -213,11 +215,14 @@ public:
     static bool getNetworkLink(const char* devName);
 
     /// Read whether an interface detects a physical link. Only the first 30 interfaces with an IPv4 address are known
-    /// here. @param link becomes false, too, when the interface is not among them
+    /// here.
+    /// @param devName the interface
+    /// @param link becomes false, too, when the interface is not among them
     /// *Source*: SIOCGIFCONF, ETHTOOL_GLINK
     static bool getEthernetLink(const char* devName, bool* link);
 
     /// Read the speed of a link in Mbit/s.
+    /// @param devName the interface
     /// @param speed takes 10, 100 or 1000; it is left as it was, with true, at any other speed
     /// @return false, without a reason, when there is no speed, as while the link is down
     /// *Source*: `/sys/class/net/<device>/speed`
@@ -240,6 +245,7 @@ public:
 
     /// Refresh both addresses of a device from the kernel, by the name of its interface. Without an IPv4 address
     /// nothing changes; without an IPv6 address that one becomes not set.
+    /// @param info the device, which must be valid
     /// @param changed tells whether an address differs from the stored one; may be null
     static bool updateIpAddress(K7EthDevInfo* info, bool* changed);
 
@@ -256,6 +262,8 @@ public:
 
     /// Whether a TCP connection to a host can be made through an interface. Several addresses are tried in turn, each
     /// with its share of the time.
+    /// @param ifce the interface that the connection is bound to
+    /// @param host a name or a numeric address; a link-local one without a scope is taken to be of that interface
     /// @param port 1 to 65535
     /// *Source*: SO_BINDTODEVICE. *Cost*: blocks, never longer than CONNECTIVITY_TIMEOUT.
     static bool testConnectivity(const char* ifce, const char* host, uint16 port);
@@ -312,7 +320,9 @@ public:
     static bool getVinDhcpcLeaseResult(bool* leased);
     /// @}
 
-    /// Read the host name, which may have up to 63 bytes. @param devName not used
+    /// Read the host name, which may have up to 63 bytes.
+    /// @param name takes it
+    /// @param devName not used
     static bool getHostName(J3String* name, const char* devName);
 };
 
