@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 using namespace Kivo;
 using namespace K7Test;
 using Network = K7SystemUtil::Network;
@@ -242,6 +246,23 @@ TEST(NetworkCaptured, NameServersOfTheOtherFamilyAreAdopted)
     EXPECT_EQ(Network::getDnsIpAddress(0, false).toString(), L"10.0.0.2");
 }
 
+TEST(NetworkCaptured, ResolverFileOutlivesAFailedWrite)
+{
+    TemporaryTree tree;
+    tree.file(RESOLVER, "nameserver 10.0.0.1\n");
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{64, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const bool written = Network::writeResolverFile();
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, EFBIG);
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, RESOLVER);
+    EXPECT_EQ(tree.contents(RESOLVER), "nameserver 10.0.0.1\n");
+}
+
 TEST(NetworkCaptured, InterfacesAreJoinedFromTheirFiles)
 {
     TemporaryTree tree;
@@ -303,6 +324,25 @@ TEST(NetworkCaptured, RoutesOfBothFamiliesAreListed)
     EXPECT_EQ(seen, "0.0.0.0/0 via 192.168.0.1 dev eth10 metric 100 flags 3\n"
                     "10.0.0.0/16 via 0.0.0.0 dev eth0 metric 0 flags 1\n"
                     "fd00::/64 via :: dev eth0.longname metric 256 flags 1\n");
+}
+
+TEST(NetworkCaptured, FilesThatCannotBeReadToTheirEndAreFailures)
+{
+    TemporaryTree tree;
+    std::vector<Network::Route> routes;
+    std::vector<Network::NameServer> servers;
+    bool leased = false;
+    for (const char* const path : {"/proc/net/route", "/etc/resolv.conf", "/var/nvr/udhcpc-wan.stat"}) {
+        tree.file(path, "nameserver 10.0.0.1\n");
+        std::filesystem::resize_file(tree.real(path), 1ULL << 30U);
+    }
+    EXPECT_FALSE(Network::listRoutes(&routes));
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, L"/proc/net/route");
+    EXPECT_FALSE(Network::listNameServers(&servers));
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, RESOLVER);
+    EXPECT_EQ(Network::getDnsIpAddress(0, true).toString(), L"10.0.0.1") << "it is in the first 20 lines";
+    EXPECT_FALSE(Network::getWanDhcpcLeaseResult(&leased)) << "no number is in the first 20 lines";
+    EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"");
 }
 
 /// A link that leads to itself can be opened by nobody, not even by root.

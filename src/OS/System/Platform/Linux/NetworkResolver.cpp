@@ -135,6 +135,7 @@ void readNameServers(SystemLines& lines, const char* path, std::vector<Network::
         }
         atLineStart = piece.ends_with('\n');
     }
+    require(!lines.failed(), "can't read the file", path);
 }
 
 bool readLeaseResult(const char* operation, const char* path, bool* leased)

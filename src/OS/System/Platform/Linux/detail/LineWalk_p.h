@@ -31,6 +31,7 @@ LineWalk walkLines(const char* path, Take&& take)
     while (lines.next(&line))
         if (take(line))
             return LineWalk::TAKEN;
+    require(!lines.failed(), "can't read the file", path);
     return LineWalk::ENDED;
 }
 
