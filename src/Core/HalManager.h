@@ -19,8 +19,10 @@ public:
     HalManager& operator=(const HalManager&) = delete;
 
     /// The maker's internal name of the board's model; empty until the host sets it.
+    /// @{
     [[nodiscard]] J3String internalModelName() const;
     void setInternalModelName(const J3String& name);
+    /// @}
 
 private:
     friend class J3Singleton<HalManager>;

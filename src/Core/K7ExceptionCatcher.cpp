@@ -3,14 +3,13 @@
 // Records exceptions as texts.
 #include "Core/K7ExceptionCatcher.h"
 
+#include "Base/ForcedUnwind_p.h"
 #include "Foundation/J3Exception.h"
-
-#include <cxxabi.h>
 
 namespace Kivo {
 namespace {
 
-J3String textInFlight()
+K7_CATCHES_FORCED_UNWIND J3String textInFlight()
 {
     try {
         throw;
@@ -24,8 +23,8 @@ J3String textInFlight()
         return text;
     } catch (int code) {
         return J3String().format(L"%d", code);
-    } catch (const abi::__forced_unwind&) {
-        throw; // a thread being cancelled, which must not be stopped
+    } catch (const ForcedUnwind&) {
+        throw;
     } catch (...) {
         return L"unknown exception";
     }

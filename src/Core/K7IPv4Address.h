@@ -29,8 +29,10 @@ public:
 
     /// Take a dotted quad of four decimal numbers without leading zeros. @return false, changing nothing, for any other
     /// text and for null
+    /// @{
     bool fromString(const J3String& text);
     bool fromString(const char* text);
+    /// @}
 
     /// The address in host byte order.
     [[nodiscard]] uint32 value() const { return _value; }
@@ -38,8 +40,10 @@ public:
     void setValue(uint32 value) { _value = value; }
 
     /// The address in network byte order, as the kernel's in_addr has it.
+    /// @{
     [[nodiscard]] uint32 networkValue() const;
     void setNetworkValue(uint32 value);
+    /// @}
 
     static auto fields(auto& self) { return std::tie(self._value); }
 

@@ -10,7 +10,7 @@
 namespace Kivo {
 namespace {
 
-/// The bits that a prefix of @p length, held to 0 to 64, leaves of one half.
+/// The bits that a prefix of @p length, clamped to 0 to 64, leaves of one half.
 uint64 halfMask(uint32 length) { return length == 0 ? 0 : length >= 64 ? ~uint64{0} : ~uint64{0} << (64 - length); }
 
 } // namespace

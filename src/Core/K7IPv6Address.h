@@ -29,8 +29,10 @@ public:
 
     /// Take any of the text forms that inet_pton knows. @return false, changing nothing, for any other text, for one
     /// with a scope or a prefix length, and for null
+    /// @{
     bool fromString(const J3String& text);
     bool fromString(const char* text);
+    /// @}
 
     /// Set one half.
     /// @param half  0 for the more significant one, 1 for the less significant one; any other changes nothing

@@ -24,8 +24,10 @@ public:
     [[nodiscard]] J3String toString() const override;
 
     /// Take an address of the family that the text has. @return false, changing nothing, for any other text
+    /// @{
     bool fromString(const J3String& text);
     bool fromString(const char* text);
+    /// @}
 
     /// Become no address.
     void makeInvalid() { *this = K7InetAddress(); }

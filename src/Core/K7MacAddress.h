@@ -28,8 +28,10 @@ public:
 
     /// Take six pairs of hexadecimal digits, all separated by ':' or all by '-'. @return false, changing nothing, for
     /// any other text and for null
+    /// @{
     bool fromString(const J3String& text);
     bool fromString(const char* text);
+    /// @}
 
     /// The SIZE bytes; valid as long as the address is.
     [[nodiscard]] const uint8* bytes() const { return _bytes.data(); }

@@ -34,10 +34,10 @@ public:
     /// Whether more ticks than the interval have passed since the start.
     [[nodiscard]] bool isElapsed(uint32 now = J3TickUtil::currentTick()) const;
 
-    /// Start anew.
+    /// Start again.
     void restart(uint32 now = J3TickUtil::currentTick());
 
-    /// Start anew and give what turns a count made since the last start into a rate.
+    /// Start again and give what turns a count made since the last start into a rate.
     /// @param minimum the shortest time, in ticks, that is taken for the time since the last start
     /// @return interval * interval / elapsed, rounded, at most 2^32 - 1: a count times this, divided by the interval,
     ///         is the count per interval however long the count went on

@@ -17,7 +17,11 @@ public:
 
     /// The text in UTF-8.
     [[nodiscard]] const char* what() const noexcept override { return _what.c_str(); }
+
+    /// The text as it was given.
     [[nodiscard]] const J3String& message() const { return _message; }
+
+    /// The errno of a failed system call, 0 otherwise.
     [[nodiscard]] int32 errorCode() const { return _errorCode; }
 
 private:

@@ -57,7 +57,7 @@ void J3RecursiveMutex::lock() const { require(pthread_mutex_lock(&_mutex), "pthr
 void J3RecursiveMutex::unlock() const
 {
     if (pthread_mutex_unlock(&_mutex) != 0)
-        J3_REPORT("pthread_mutex_unlock(&_mutex) == 0", "mutex is NOT held!", "Foundation/J3Lock");
+        J3_REPORT("pthread_mutex_unlock(&_mutex) == 0", "the mutex is not held by this thread", "Foundation/J3Lock");
 }
 
 J3Condition::J3Condition()

@@ -30,6 +30,8 @@ public:
 
     /// Wait until the mutex is held; an interrupted call is retried. @throws boost::lock_error
     void lock() const override;
+
+    /// Give it back; that is for the thread that holds it alone.
     void unlock() const override;
 
     /// @return whether the mutex was free and is now held

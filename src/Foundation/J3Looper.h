@@ -18,6 +18,8 @@ public:
     /// Let the looper wait, once the call of looperFunc() under way has returned, until resume(). A looper that does
     /// not run yet begins with waiting.
     void suspend();
+
+    /// Let the looper go on.
     void resume();
 
     /// Whether suspend() was called last.

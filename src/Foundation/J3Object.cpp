@@ -3,12 +3,11 @@
 // Root of every record: what an object does that has nothing to store.
 #include "Foundation/J3Object.h"
 
+#include "Base/ForcedUnwind_p.h"
 #include "Foundation/J3Assert.h"
 #include "Foundation/J3Exception.h"
 #include "Foundation/J3Invocation.h"
 #include "Foundation/J3Port.h"
-
-#include <cxxabi.h>
 
 namespace Kivo {
 namespace {
@@ -40,7 +39,7 @@ void J3Object::stdExceptionCaught(std::exception& exception) { report(exception.
 
 void J3Object::unknownExceptionCaught() { report(L"unknown exception"); }
 
-void J3Object::performWithoutException(void (J3Object::*operation)())
+K7_CATCHES_FORCED_UNWIND void J3Object::performWithoutException(void (J3Object::*operation)())
 {
     if (!J3_REQUIRE_ARGUMENT(operation, "Foundation/J3Object"))
         return;
@@ -52,8 +51,8 @@ void J3Object::performWithoutException(void (J3Object::*operation)())
         objectExceptionCaught(object);
     } catch (std::exception& exception) {
         stdExceptionCaught(exception);
-    } catch (const abi::__forced_unwind&) {
-        throw; // a thread being cancelled, which must not be stopped
+    } catch (const ForcedUnwind&) {
+        throw;
     } catch (...) {
         unknownExceptionCaught();
     }

@@ -58,7 +58,7 @@ public:
 
     /// Carry out a call that arrived as a message.
     /// @param invocation the operation's name and its arguments
-    /// @param reply takes what the operation answers; null when nobody wants it
+    /// @param reply takes what the operation answers; null when no one wants it
     /// @return whether the object knows the operation; the base knows none
     virtual bool invoke(const J3Invocation& invocation, J3MemoryStream* reply);
 

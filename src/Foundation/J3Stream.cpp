@@ -61,7 +61,7 @@ void J3Stream::readBool(bool* value)
     readNumber(&byte);
     if (byte > 1) {
         moveTo(start);
-        throw J3RangeException(L"stream holds no bool", 0, 1, byte);
+        throw J3RangeException(L"stream byte is not a bool", 0, 1, byte);
     }
     *value = byte == 1;
 }

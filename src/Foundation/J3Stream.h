@@ -28,7 +28,11 @@ public:
 
     /// Bytes between the position and the end.
     [[nodiscard]] virtual uint32 remains() const = 0;
+
+    /// Bytes in all.
     [[nodiscard]] virtual uint32 size() const = 0;
+
+    /// Where the next read or write begins, in bytes from the start.
     [[nodiscard]] virtual uint32 position() const = 0;
 
     /// @return false, with the position unchanged, when @p position lies beyond the end

@@ -34,10 +34,14 @@ public:
 
     J3String() = default;
 
-    // The conversions from literals are implicit: every operation that takes a text is called with one.
+    /// Implicit, because every operation that takes a text is called with a literal.
+    /// @{
     J3String(const wchar_t* text); ///< null is the empty text
     J3String(const char* text);    ///< from UTF-8; null is the empty text
     J3String(std::wstring text);
+    /// @}
+
+    /// From a text in the encoding of the locale; null is the empty text.
     J3String(const char* text, const std::locale& encoding);
 
     J3String(const J3String&) = default;
@@ -92,8 +96,10 @@ public:
 
     /// The reverse of to_string(): what is ill-formed becomes U+FFFD, an unknown name gives the empty text.
     /// @throws J3Exception as to_string() does, for an encoding by name
+    /// @{
     [[nodiscard]] static J3String from_string(const std::string& text, const std::locale& encoding);
     [[nodiscard]] static J3String from_string(const std::string& text, const std::string& encodingName);
+    /// @}
 
     [[nodiscard]] const wchar_t* c_str() const { return _text.c_str(); }
     [[nodiscard]] const std::wstring& wstring() const { return _text; }
@@ -117,10 +123,12 @@ public:
     J3String& replace(const J3String& what, const J3String& with, bool all);
 
     /// Remove white space in place: blank, tab, line feed, vertical tab, form feed, carriage return.
+    /// @{
     J3String& trimLeft();
     J3String& trimRight();
+    /// @}
 
-    /// The leading decimal number as strtol reads it, held to 32 bits; 0 when there is none.
+    /// The leading decimal number as strtol reads it, clamped to 32 bits; 0 when there is none.
     [[nodiscard]] int32 toInt32() const;
 
     /// The leading decimal number as strtoull reads it; 0 when there is none.

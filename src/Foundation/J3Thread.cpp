@@ -3,12 +3,13 @@
 // A thread with a name, a place among the processors and hooks along its life.
 #include "Foundation/J3Thread.h"
 
+#include "Base/ForcedUnwind_p.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <new>
 
-#include <cxxabi.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -151,15 +152,15 @@ void* J3Thread::entry(void* self)
     return nullptr;
 }
 
-void J3Thread::performQuietly(void (J3Object::*operation)())
+K7_CATCHES_FORCED_UNWIND void J3Thread::performQuietly(void (J3Object::*operation)())
 try {
     performWithoutException(operation);
-} catch (const abi::__forced_unwind&) {
-    throw;      // pthread_exit() or cancellation, which must not be stopped
+} catch (const ForcedUnwind&) {
+    throw;
 } catch (...) { // a notification that failed in turn
 }
 
-void J3Thread::main()
+K7_CATCHES_FORCED_UNWIND void J3Thread::main()
 {
     try {
         enter();
@@ -168,7 +169,7 @@ void J3Thread::main()
         perform(&J3Thread::started);
         perform(&J3Thread::threadFunc);
         perform(&J3Thread::finished);
-    } catch (const abi::__forced_unwind&) {
+    } catch (const ForcedUnwind&) {
         leave();
         throw;
     }
