@@ -270,7 +270,8 @@ TEST(NetworkCaptured, InterfacesAreJoinedFromTheirFiles)
     EXPECT_FALSE(Network::listInterfaces(&found));
     EXPECT_EQ(K7SystemUtil::lastFailure().subject, L"/proc/net/dev");
     const std::string counters = ":5000000000 2 4294967300 4 5 6 7 8 9 10 11 12 13 14 15 16\n";
-    tree.file("/proc/net/dev", "heading:\nheading:\n  lo" + counters + "eth0" + counters + "eth1: 1 2\n");
+    tree.file("/proc/net/dev", "heading:\nheading:\n  lo" + counters + "eth0" + counters + "eth1: 1 2\n../sda" +
+                                   counters + "a b" + counters);
     tree.file("/proc/net/if_inet6", "fe800000000000000000000000000001 1f4 40 20 80 eth0\n"
                                     "00000000000000000000000000000001 01 80 10 80 lo\n"
                                     "fd000000000000000000000000000002 1f4 40 00 80 eth0\n"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // All interfaces and all routes, each list of the kernel read once.
+#include "Base/TextScanner_p.h"
 #include "OS/System/Network.h"
 #include "OS/System/Platform/Linux/detail/Attempt_p.h"
 #include "OS/System/Platform/Linux/detail/InterfaceParser_p.h"
@@ -63,7 +64,13 @@ private:
     std::map<std::string, std::size_t, std::less<>> _places;
 };
 
-bool isInterfaceName(std::string_view name) { return !name.empty() && name.size() < IFNAMSIZ; }
+/// Whether the kernel would give an interface this name. One from a captured tree may be anything.
+bool isInterfaceName(std::string_view name)
+{
+    const bool isPlain =
+        std::none_of(name.begin(), name.end(), [](char c) { return c == '\0' || c == '/' || isSpace(c); });
+    return isPlain && !name.empty() && name.size() < IFNAMSIZ && name != "." && name != "..";
+}
 
 void readTraffic(InterfaceTable* table)
 {
