@@ -11,6 +11,7 @@
 
 #include <sys/socket.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace K7Test {
@@ -55,6 +56,14 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept
     if (result == 0 && clock == CLOCK_REALTIME)
         K7Test::shift(time);
     return static_cast<int>(result);
+}
+
+extern "C" int gettimeofday(timeval* time, void*) noexcept
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    *time = {now.tv_sec, now.tv_nsec / 1000};
+    return 0;
 }
 
 extern "C" ssize_t recvmsg(int fd, msghdr* message, int flags)

@@ -8,7 +8,8 @@
 
 namespace K7Test {
 
-/// Set the time of day, as clock_gettime() and the kernel's stamps on received messages show it to this process alone.
+/// Set the time of day, as clock_gettime(), gettimeofday() and the kernel's stamps on received messages show it, for
+/// this process alone.
 void setClockBy(std::chrono::nanoseconds difference);
 
 /// Let operator new throw in one thread, at every @p interval th call. @param thread its kernel id; 0 for none
