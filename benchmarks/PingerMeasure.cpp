@@ -48,12 +48,21 @@ class Counter final : public K7PingerListener {
 public:
     std::promise<void> ended;
     uint32 received = 0;
+    float32 first = 0; ///< average round trip of the target that each round begins with
+    float32 last = 0;
 
     bool isActive() override { return true; }
 
     void onPingBegin() override {}
 
-    void onPingResult(const J3Time&, const K7PingResult& result) override { received += result.received(); }
+    void onPingResult(const J3Time&, const K7PingResult& result) override
+    {
+        received += result.received();
+        if (result.target().channel() == 0)
+            first = result.rttAvg();
+        if (result.target().channel() == TARGETS - 1)
+            last = result.rttAvg();
+    }
 
     void onPingStopped() override {}
 
@@ -92,6 +101,8 @@ double runPinger()
     counter.ended.get_future().wait();
     ::getrusage(RUSAGE_SELF, &after);
     std::printf("%u replies to %u echoes\n", counter.received, TARGETS * pinger.testCount());
+    std::printf("average round trip: first target %.3f ms, last %.3f ms\n", static_cast<double>(counter.first),
+                static_cast<double>(counter.last));
     return processorTime(after) - processorTime(before);
 }
 

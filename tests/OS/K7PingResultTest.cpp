@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// The records of the network quality test: grading, times, texts and stored forms.
-#include "support/RecordForms.h"
-
+// What a network quality test found out about one target: grading, times, text and stored forms.
 #include "OS/Network/Testing/K7PingResult.h"
+
+#include "support/RecordForms.h"
 
 using namespace Kivo;
 
@@ -25,7 +25,7 @@ K7PingResult counted(uint32 transmitted, uint32 received, uint32 packetLoss, flo
 
 } // namespace
 
-TEST(PingResult, GradesByErrorsFirstAndThenByTheAverage)
+TEST(K7PingResult, GradesByErrorsFirstAndThenByTheAverage)
 {
     const struct {
         K7PingResult result;
@@ -49,13 +49,15 @@ TEST(PingResult, GradesByErrorsFirstAndThenByTheAverage)
         {counted(5, 4, UINT32_MAX, 10.0F), 0, UINT32_MAX, K7_PING_STATUS_WORSE}, // a sum that does not wrap
     };
     for (auto [result, sysError, loss, status] : cases) {
+        const std::string counts = result.toString().to_string();
         result.analyze(5);
-        EXPECT_TRUE(result.sysError() == sysError && result.packetLoss() == loss && result.status() == status)
-            << result.toString().to_string();
+        EXPECT_EQ(result.sysError(), sysError) << counts;
+        EXPECT_EQ(result.packetLoss(), loss) << counts;
+        EXPECT_EQ(result.status(), status) << counts;
     }
 }
 
-TEST(PingResult, KeepsMinimumRunningMeanAndMaximum)
+TEST(K7PingResult, KeepsMinimumRunningMeanAndMaximum)
 {
     K7PingResult result;
     for (const float32 rtt : {10.0F, 30.0F, 20.0F, 0.0F})
@@ -64,7 +66,7 @@ TEST(PingResult, KeepsMinimumRunningMeanAndMaximum)
     EXPECT_EQ(K7PingResult::statusDescription(6), L"Unknown Status");
 }
 
-TEST(PingResult, HasOneFormOfEachKindForEver)
+TEST(K7PingResult, HasOneFormOfEachKindForEver)
 {
     const K7InetAddress address(K7IPv4Address(0xC0A80001));
     K7PingTarget target;
