@@ -201,6 +201,7 @@ TEST_F(K7PingerLive, StartsOnlyFromIdleAndStopsFromEveryState)
     pinger.stop();
     EXPECT_EQ(finish(pinger), WHOLE_TEST);
     EXPECT_EQ(recorder.results[host(2)].received(), 2U) << "a stop lets the rounds finish";
+    pinger.cleanup();
     K7Pinger::Worker::of(pinger).rounds().timing().step = 500;
     begin(pinger);
     while (pinger.runState() != K7_STATE_END)
