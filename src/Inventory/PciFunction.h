@@ -30,7 +30,7 @@ struct PciFunction {
     std::optional<uint32> interrupt; ///< the number of its interrupt line, if it has one
 
     /// What the class code says, in words.
-    [[nodiscard]] std::optional<std::string> className() const;
+    [[nodiscard]] K7INVENTORY_API std::optional<std::string> className() const;
 };
 
 template <>

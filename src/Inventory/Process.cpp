@@ -112,7 +112,7 @@ std::optional<std::vector<int32>> listProcessIds(Source& source)
     }
     std::vector<int32> pids;
     for (const std::string& name : names)
-        if (const auto pid = wholeNumber<int32>(name); pid && *pid > 0)
+        if (const auto pid = wholeNumber<int32>(name); pid && *pid > 0 && std::to_string(*pid) == name)
             pids.push_back(*pid);
     std::sort(pids.begin(), pids.end());
     return pids;
