@@ -3,12 +3,11 @@
 // Processes.
 #include "Inventory/Process.h"
 
-#include "Base/TextScanner_p.h"
 #include "Inventory/detail/ProcessParser_p.h"
 #include "Inventory/detail/Source_p.h"
 #include "OS/System/Attribute.h"
+#include "OS/System/Shell.h"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace Kivo::Inventory {
@@ -103,28 +102,15 @@ std::optional<Process> readProcess(Source& source, int32 pid, const std::string*
     return process;
 }
 
-std::optional<std::vector<int32>> listProcessIds(Source& source)
-{
-    std::vector<std::string> names;
-    if (!K7SystemUtil::Attribute::listNames("/proc", &names)) {
-        source.noteFailure();
-        return std::nullopt;
-    }
-    std::vector<int32> pids;
-    for (const std::string& name : names)
-        if (const auto pid = wholeNumber<int32>(name); pid && *pid > 0 && std::to_string(*pid) == name)
-            pids.push_back(*pid);
-    std::sort(pids.begin(), pids.end());
-    return pids;
-}
-
 Listing<Process> processes(const std::string* needle)
 {
     Listing<Process> listing;
     Source source(WHAT, &listing.problems);
-    const auto pids = listProcessIds(source);
-    listing.known = pids.has_value();
-    for (const int32 pid : pids.value_or(std::vector<int32>())) {
+    std::vector<int32> pids;
+    listing.known = K7SystemUtil::Shell::listProcessIds(&pids);
+    if (!listing.known)
+        source.noteFailure();
+    for (const int32 pid : pids) {
         if (listing.records.size() == MOST_PROCESSES) {
             source.note("has more entries than are listed", 0, "/proc");
             break;

@@ -9,6 +9,7 @@
 #include "Inventory/Host.h"
 #include "Inventory/Interrupts.h"
 #include "Inventory/Memory.h"
+#include "Inventory/NameServers.h"
 #include "Inventory/NetworkInterface.h"
 #include "Inventory/PciFunction.h"
 #include "Inventory/Pressure.h"
@@ -69,6 +70,7 @@ constexpr Section SECTIONS[] = {
     section<listNetworkInterfaces>(SectionKey::NETWORK_INTERFACES, "Network interfaces",
                                    "Links, addresses and traffic"),
     section<listRoutes>("routes", "Routes", "Where packets are sent"),
+    section<readNameServers>("name_servers", "Name servers", "Name servers and the leases that they come with"),
     section<listSensors>("sensors", "Sensors", "Temperatures, fans, voltages and currents, with their limits"),
     onRequest(section<listProcesses>(SectionKey::PROCESSES, "Processes", "Processes and what they use of the machine")),
 };
