@@ -83,7 +83,22 @@ function(k7_library name)
             INTERPROCEDURAL_OPTIMIZATION ${K7SAL_LTO})
         k7_compile_options(${name}Parsers)
         target_sources(${name} PRIVATE $<TARGET_OBJECTS:${name}Parsers>)
+        set(parsers $<TARGET_OBJECTS:${name}Parsers>)
     endif()
+
+    # The same objects for a program of the project that must start wherever it is put; never installed.
+    add_library(${name}Static STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:${name}> ${parsers})
+    set_target_properties(${name}Static PROPERTIES
+        LINKER_LANGUAGE CXX
+        INTERPROCEDURAL_OPTIMIZATION ${K7SAL_LTO})
+    target_include_directories(${name}Static INTERFACE "${K7_LAYERS}/${name}")
+    target_compile_features(${name}Static INTERFACE cxx_std_20)
+    foreach(dependency IN LISTS arg_PUBLIC arg_PRIVATE)
+        if(TARGET ${dependency}Static)
+            set(dependency ${dependency}Static)
+        endif()
+        target_link_libraries(${name}Static INTERFACE ${dependency})
+    endforeach()
 endfunction()
 
 # k7_executable(<name> SOURCES <sources> LIBRARIES <libraries>)
