@@ -224,7 +224,7 @@ std::string sheetText(const Sheet& sheet, const View& view)
         std::vector<std::string> cells;
         for (const std::size_t i : columns)
             cells.push_back(cellText(rows[row][i], sheet.columns[i]));
-        table.add(std::move(cells));
+        table.add(std::move(cells), view.style ? view.style(row) : Style::PLAIN);
     }
     const std::size_t more = rows.size() - shown.size();
     return table.text() + (more == 0 ? "" : styled(Style::DIM, "  and " + std::to_string(more) + " more") + "\n");

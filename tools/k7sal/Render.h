@@ -6,6 +6,8 @@
 #include "Document.h"
 #include "Terminal.h"
 
+#include <functional>
+
 namespace K7Tool {
 
 /// How much of a sheet is printed; JSON has everything always.
@@ -20,6 +22,7 @@ struct View {
     bool live = true; ///< whether it tells of the running machine, and not of a captured tree
     Detail detail = Detail::USUAL;
     std::size_t room = 0; ///< how many records at most, those of the largest first counter; 0 for all
+    std::function<Style(std::size_t row)> style = {}; ///< of a list's records; plain when there is none
 };
 
 /// A value as a cell: "-" when it is not known, the first field of a nested record.

@@ -50,7 +50,7 @@ int showDocument(const Session& session, const Document& document, Detail detail
     if (session.json)
         printJson(toJson(document));
     else
-        std::cout << documentText(document, {session.isLive(), detail, 0});
+        std::cout << documentText(document, {session.isLive(), detail, 0, {}});
     return reportProblems(problemsOf(document));
 }
 

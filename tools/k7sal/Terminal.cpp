@@ -70,6 +70,22 @@ Window window()
     return window;
 }
 
+constexpr const char* PLAIN_AGAIN = "\033[0m";
+
+/// A line of text and styles in at most so many columns.
+std::string fittedLine(std::string_view line, std::size_t width)
+{
+    const std::size_t begin = line.find('\033');
+    if (begin == std::string_view::npos)
+        return fitted(std::string(line), width);
+    // styled() leaves one piece of a line in a style: an indent, "\033[1m", the text, "\033[0m", the rest.
+    const std::size_t text = line.find('m', begin) + 1;
+    const std::size_t end = std::min(line.find(PLAIN_AGAIN, text), line.size());
+    const std::string indent(line.substr(0, std::min(begin, width)));
+    return indent + std::string(line.substr(begin, text - begin)) +
+           fitted(std::string(line.substr(text, end - text)), width - indent.size()) + PLAIN_AGAIN;
+}
+
 } // namespace
 
 void setColour(Colour colour) { s_colour = colour; }
@@ -84,7 +100,7 @@ std::string styled(Style style, const std::string& text)
 {
     if (style == Style::PLAIN || text.empty() || !usesColour())
         return text;
-    return escape(style) + text + "\033[0m";
+    return escape(style) + text + PLAIN_AGAIN;
 }
 
 Table::Table(std::vector<std::string> headings, std::vector<Align> aligns) : _aligns(std::move(aligns))
@@ -141,7 +157,7 @@ bool Screen::show(const std::string& text)
     std::size_t count = 0;
     Kivo::TextScanner lines(text);
     for (std::string_view line; count < room && lines.line(&line); ++count)
-        shown += fitted(std::string(line), width) + "\n";
+        shown += fittedLine(line, width) + "\n";
     clear();
     _shown = count;
     return (std::cout << shown << std::flush).good();

@@ -98,7 +98,7 @@ int watch(const Session& session, const WatchOptions& options, const std::functi
     Document shown = collectNow();
     for (int look = 0; (options.count == 0 || look < options.count) && Interrupt::sleep(interval); ++look) {
         shown = collectNow();
-        const View view{true, Detail::USUAL, screen.redraws() ? roomOf(shown, screen.height()) : 0};
+        const View view{true, Detail::USUAL, screen.redraws() ? roomOf(shown, screen.height()) : 0, {}};
         const bool written = session.json ? (std::cout << jsonText(toJson(shown), -1) << std::endl).good()
                                           : screen.show(documentText(shown, view));
         if (!written)
