@@ -4,6 +4,7 @@
 #include "support/Sandbox.h"
 #include "support/ToolRun.h"
 #include "support/TunResponder.h"
+#include "support/VethPair.h"
 
 #include <nlohmann/json.hpp>
 
@@ -50,19 +51,36 @@ TEST(ToolPing, FindsNoFaultWithTargetsInWhatOthersSend)
     const Outcome lines = runTool({"ping", "-i", "lo", "-c", "1", "127.0.0.1"});
     other.join();
     EXPECT_EQ(lines.exitCode, 0);
-    EXPECT_EQ(lines.output.find("0 127.0.0.1 sent 1 received "), 0U) << lines.output;
-    EXPECT_NE(lines.output.find("\n- others sent 0 received 1 loss 0% "), std::string::npos) << lines.output;
+    EXPECT_NE(lines.output.find("\n        0  127.0.0.1     1 "), std::string::npos) << lines.output;
+    EXPECT_NE(lines.output.find("\n        -  -             0 "), std::string::npos) << lines.output;
+}
+
+TEST(ToolPing, TellsWhatItHasOnAnInterrupt)
+{
+    K7_REQUIRE_SANDBOX();
+    const Outcome outcome = runTool({"ping", "-i", "lo", "localhost", "--json"}, 1500);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.errors.find("interrupted"), std::string::npos) << outcome.errors;
+    const auto document = nlohmann::json::parse(outcome.output, nullptr, false);
+    EXPECT_EQ(document["test"]["complete"], false);
+    EXPECT_EQ(document["results"][0]["address"], "127.0.0.1") << "the host's first IPv4 address";
+    EXPECT_EQ(document["results"][0]["sent"], 1);
+}
+
+TEST(ToolPing, LeavesByTheBestDefaultRoute)
+{
+    K7_REQUIRE_SANDBOX();
+    const VethPair first("k7a", "k7b");
+    const VethPair second("k7c", "k7d");
+    ASSERT_TRUE(ip("route add default dev k7a metric 200\nroute add default dev k7c metric 100"));
+    const Outcome outcome = runTool({"ping", "-c", "1", "10.1.2.3", "--json"});
+    EXPECT_EQ(nlohmann::json::parse(outcome.output, nullptr, false)["test"]["interface"], "k7c") << outcome.errors;
 }
 
 TEST(ToolPing, SaysWhyItCouldNotPing)
 {
     K7_REQUIRE_SANDBOX();
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(runTool({"ping", "-i", "lo", "127.0.0.1", "--json"}, 500).exitCode, 1);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s) << "after an interrupt";
     const Outcome unknown = runTool({"ping", "-i", "k7none0", "-c", "1", "10.77.0.2"});
     EXPECT_NE(unknown.errors.find("No such device"), std::string::npos) << unknown.errors;
-    for (const auto& wrong :
-         {std::vector<std::string>{"ping"}, {"ping", "localhost"}, {"ping", "::1"}, {"ping", "127.0.0.1", "127.0.0.1"}})
-        EXPECT_EQ(runTool(wrong).exitCode, 2) << testing::PrintToString(wrong);
+    EXPECT_EQ(runTool({"ping", "no-such-host.invalid"}).exitCode, 1);
 }

@@ -7,6 +7,7 @@
 
 #include <fstream>
 
+#include <pty.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
@@ -25,15 +26,20 @@ std::string takeContents(int fd)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-} // namespace
-
-Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs)
+std::vector<char*> pointersTo(std::vector<std::string>& words)
 {
-    arguments.insert(arguments.begin(), "k7sal");
-    std::vector<char*> argv;
-    for (std::string& word : arguments)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
+    std::vector<char*> pointers;
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+int exitCode(int status) { return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status); }
+
+Outcome run(const char* program, std::vector<std::string> arguments, int interruptAfterMs)
+{
+    const std::vector<char*> argv = pointersTo(arguments);
     const int output = ::memfd_create("output", MFD_CLOEXEC);
     const int errors = ::memfd_create("errors", MFD_CLOEXEC);
     posix_spawn_file_actions_t actions;
@@ -41,7 +47,7 @@ Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs)
     ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
     pid_t pid = -1;
-    EXPECT_EQ(::posix_spawn(&pid, K7_TOOL, &actions, nullptr, argv.data(), environ), 0) << K7_TOOL;
+    EXPECT_EQ(::posix_spawn(&pid, program, &actions, nullptr, argv.data(), environ), 0) << program;
     ::posix_spawn_file_actions_destroy(&actions);
     if (interruptAfterMs > 0 && pid > 0) {
         ::usleep(static_cast<useconds_t>(interruptAfterMs) * 1000);
@@ -49,8 +55,48 @@ Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs)
     }
     int status = -1;
     ::waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), takeContents(output),
-            takeContents(errors)};
+    return {exitCode(status), takeContents(output), takeContents(errors)};
+}
+
+} // namespace
+
+Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs)
+{
+    arguments.insert(arguments.begin(), "k7sal");
+    return run(K7_TOOL, std::move(arguments), interruptAfterMs);
+}
+
+Outcome runShell(const std::string& command)
+{
+    ::setenv("K7SAL", K7_TOOL, 1);
+    return run("/bin/sh", {"sh", "-c", command}, 0);
+}
+
+std::string runOnTerminal(std::vector<std::string> arguments, const Window& window)
+{
+    winsize size{};
+    size.ws_row = window.rows;
+    size.ws_col = window.columns;
+    arguments.insert(arguments.begin(), "k7sal");
+    const std::vector<char*> argv = pointersTo(arguments);
+    std::vector<std::string> environment = window.environment;
+    const std::vector<char*> env = pointersTo(environment);
+    int terminal = -1;
+    const pid_t pid = ::forkpty(&terminal, nullptr, nullptr, &size);
+    EXPECT_GE(pid, 0);
+    if (pid == 0) {
+        ::execve(K7_TOOL, argv.data(), env.data());
+        ::_exit(127);
+    }
+    std::string sent;
+    char buffer[4096];
+    for (ssize_t count = 0; (count = ::read(terminal, buffer, sizeof buffer)) > 0;) // EIO once the tool has gone
+        sent.append(buffer, static_cast<std::size_t>(count));
+    ::close(terminal);
+    int status = -1;
+    ::waitpid(pid, &status, 0);
+    EXPECT_EQ(exitCode(status), 0) << sent;
+    return sent;
 }
 
 } // namespace K7Test

@@ -18,4 +18,17 @@ struct Outcome {
 /// @param interruptAfterMs sends SIGINT after so many milliseconds; 0 for never
 Outcome runTool(std::vector<std::string> arguments, int interruptAfterMs = 0);
 
+/// Run a shell command in which "$K7SAL" is the tool, its output and errors being files.
+Outcome runShell(const std::string& command);
+
+/// A window that the tool may find its standard output in.
+struct Window {
+    unsigned short rows = 24;
+    unsigned short columns = 80;
+    std::vector<std::string> environment = {"TERM=xterm"};
+};
+
+/// Run k7sal on a terminal. @return all that the terminal was sent
+std::string runOnTerminal(std::vector<std::string> arguments, const Window& window);
+
 } // namespace K7Test

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal capture: copies what the library reads of a machine, for --root elsewhere.
 #include "Command.h"
-#include "Facts.h"
+#include "Document.h"
 
 #include "OS/System/K7SystemUtilClass.h"
 
@@ -36,7 +36,7 @@ Reads watchReads()
     Reads reads;
     s_reads = &reads;
     K7SystemUtil::setReadObserver([](const char* path, K7SystemUtil::ReadKind kind) { s_reads->emplace(kind, path); });
-    collectFacts();
+    static_cast<void>(collectDocument());
     K7SystemUtil::setReadObserver(nullptr);
     return reads;
 }
