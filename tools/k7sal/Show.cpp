@@ -12,10 +12,11 @@ using namespace Kivo::Inventory;
 
 void ColumnOption::declare(CLI::App& command)
 {
-    command.add_option("-o,--columns", names, "Show these columns only, in this order; \"-o help\" lists them")
-        ->delimiter(',')
-        ->type_name("COLUMN,...")
-        ->expected(1);
+    command
+        .add_option_function<std::string>(
+            "-o,--columns", [this](const std::string& text) { names = CLI::detail::split(text, ','); },
+            "Show these columns only, in this order; \"-o help\" lists them")
+        ->type_name("COLUMN,...");
 }
 
 void ColumnOption::applyTo(Sheet& sheet) const

@@ -12,6 +12,7 @@ namespace K7Tool {
 struct ColumnOption {
     std::vector<std::string> names;
 
+    /// Declare the option, which must not outlive this.
     void declare(CLI::App& command);
 
     [[nodiscard]] bool isGiven() const { return !names.empty(); }
