@@ -70,7 +70,8 @@ constexpr Section SECTIONS[] = {
     section<listNetworkInterfaces>(SectionKey::NETWORK_INTERFACES, "Network interfaces",
                                    "Links, addresses and traffic"),
     section<listRoutes>("routes", "Routes", "Where packets are sent"),
-    section<readNameServers>("name_servers", "Name servers", "Name servers and the leases that they come with"),
+    section<readNameServers>(SectionKey::NAME_SERVERS, "Name servers",
+                             "Name servers and the leases that they come with"),
     section<listSensors>("sensors", "Sensors", "Temperatures, fans, voltages and currents, with their limits"),
     onRequest(section<listProcesses>(SectionKey::PROCESSES, "Processes", "Processes and what they use of the machine")),
 };
