@@ -22,7 +22,7 @@ IPI1:1794000000 1723000000          1          1       Function call interrupts
  LOC:        100        100        100        100   second of its label
 )";
 
-TEST(CPU, CountsThePresentCores)
+TEST(CPUCaptured, CountsThePresentCores)
 {
     TemporaryTree tree;
     const std::pair<const char*, int32> cases[] = {{"0-7,9\n", 8}, {"0\n", 0}, {"0-99999999999", 2147483647}};
@@ -32,7 +32,7 @@ TEST(CPU, CountsThePresentCores)
     }
 }
 
-TEST(CPU, ThrowsTheMessageOfAFileThatCannotBeRead)
+TEST(CPUCaptured, ThrowsTheMessageOfAFileThatCannotBeRead)
 {
     TemporaryTree tree;
     EXPECT_THROW(static_cast<void>(CPU::interruptCountOf(L"LOC")), J3String);
@@ -42,7 +42,7 @@ TEST(CPU, ThrowsTheMessageOfAFileThatCannotBeRead)
     EXPECT_EQ(K7SystemUtil::lastFailure().reason, L"can't read \"/sys/devices/system/cpu/present\"");
 }
 
-TEST(CPU, SumsTheColumnsOfTheFirstRowOfALabel)
+TEST(CPUCaptured, SumsTheColumnsOfTheFirstRowOfALabel)
 {
     TemporaryTree tree;
     tree.file(INTERRUPTS, FOUR_CORES).file(PRESENT, "0-3\n");
@@ -54,7 +54,7 @@ TEST(CPU, SumsTheColumnsOfTheFirstRowOfALabel)
     EXPECT_EQ(CPU::interruptCountOf(L"LOC"), 0U);
 }
 
-TEST(CPU, TakesRowsOfAnyLength)
+TEST(CPUCaptured, TakesRowsOfAnyLength)
 {
     std::string text;
     for (int core = 0; core < 128; ++core)
@@ -73,4 +73,29 @@ TEST(CPU, TakesRowsOfAnyLength)
     while (CPU::readLineFromProcInterrupts(&tokens, file.get()))
         sizes.push_back(tokens.size());
     EXPECT_EQ(sizes, (std::vector<std::size_t>{128, 0, 1 + 128 + 4, 2}));
+}
+
+TEST(CPUCaptured, LeavesOutColumnsOfCoresThatAreOffline)
+{
+    TemporaryTree tree;
+    tree.file(PRESENT, "0-3\n");
+    tree.file(INTERRUPTS, "           CPU0       CPU1       \n"
+                          " 41:         10         20   MSI 16384 Edge      ahci[0000:00:01.0]\n"
+                          "IPI0:         1          2       Rescheduling interrupts\n"
+                          "Err:          7\n"
+                          "NMI:          3  4711 faults\n\n");
+    EXPECT_EQ(CPU::interruptCountOf(L"41"), 30U);
+    std::vector<CPU::Interrupt> rows;
+    ASSERT_TRUE(CPU::readInterrupts(&rows));
+    const std::tuple<const char*, uint64, const char*> expected[] = {
+        {"41", 30, "MSI 16384 Edge      ahci[0000:00:01.0]"},
+        {"IPI0", 3, "Rescheduling interrupts"},
+        {"Err", 7, ""},
+        {"NMI", 4714, "faults"}};
+    ASSERT_EQ(rows.size(), std::size(expected));
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].label, std::get<0>(expected[i]));
+        EXPECT_EQ(rows[i].total, std::get<1>(expected[i]));
+        EXPECT_EQ(rows[i].description, std::get<2>(expected[i]));
+    }
 }

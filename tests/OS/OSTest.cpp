@@ -41,19 +41,25 @@ extern "C" int settimeofday(const timeval* time, const struct timezone*) noexcep
     return 0;
 }
 
-TEST(OS, VersionAndUptimeComeFromTheFirstLines)
+TEST(OSCaptured, VersionAndUptimeComeFromTheFirstLines)
 {
     TemporaryTree tree;
     tree.file("/proc/uptime", "12345.67 54321.00\n")
         .file("/proc/version", "Linux version 260.256.511-56-arm64 (gcc)\n");
     char text[12] = "";
     J3String wide;
-    EXPECT_TRUE(OS::getKernelVersion(text) && OS::getKernelVersion(&wide));
-    EXPECT_TRUE(wide == L"4.0.255" && text == wide.to_string()) << text;
+    EXPECT_TRUE(OS::getKernelVersion(text));
+    EXPECT_STREQ(text, "4.0.255");
+    EXPECT_TRUE(OS::getKernelVersion(&wide));
+    EXPECT_EQ(wide, L"4.0.255");
     EXPECT_DOUBLE_EQ(OS::systemUptime(), 12345.67);
+    for (const char* none : {"", "nan 1", "-nan", "inf", "-5.0", "x", "1e999"}) {
+        tree.file("/proc/uptime", none);
+        EXPECT_EQ(OS::systemUptime(), 0.0) << none;
+    }
 }
 
-TEST(OS, WhatCannotBeReadIsThrown)
+TEST(OSCaptured, WhatCannotBeReadIsThrown)
 {
     TemporaryTree tree;
     EXPECT_FALSE(OS::getKernelVersion(static_cast<char*>(nullptr)));
@@ -68,7 +74,7 @@ TEST(OS, WhatCannotBeReadIsThrown)
     EXPECT_EQ(version, K7Version(1, 2, 3));
 }
 
-TEST(OS, LiveKernelAgreesWithItsSystemCalls)
+TEST(OSLive, KernelAgreesWithItsSystemCalls)
 {
     timespec sinceBoot{};
     utsname names{};
@@ -80,7 +86,7 @@ TEST(OS, LiveKernelAgreesWithItsSystemCalls)
     EXPECT_TRUE(OS::getKernelVersion(&version) && version == K7Version(parts[0], parts[1], parts[2]));
 }
 
-TEST(OS, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
+TEST(OSLive, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
 {
     K7_REQUIRE_SANDBOX();
     OS::fixupSystemTime();
@@ -89,16 +95,4 @@ TEST(OS, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
     OS::applyTimeToShell();
     const std::regex form(R"(date -s "20\d\d-\d\d-\d\d \d\d:\d\d:\d\d")");
     EXPECT_TRUE(runner.commands().size() == 1 && std::regex_match(runner.commands()[0], form));
-}
-
-TEST(PlatformConfig, IsHandedDownAsAWholeRecord)
-{
-    const K7PlatformConfig& config = OS::getPlatformConfig();
-    EXPECT_TRUE(config.appendCheckInterval() == 3000 && config.storageGroupCount() == 1 && !config.threadParam(7));
-    K7PlatformConfig own(true, 4);
-    own.addThreadParam(7, 0x3, 50, J3Thread::POLICY_REALTIME_RR);
-    own.addThreadParam(7, 0x1, 10, J3Thread::POLICY_NORMAL);
-    OS::setPlatformConfig(own);
-    EXPECT_TRUE(config.isUsingParallelAppender() && config.storageGroupCount() == 4 && config.threadParam(7) &&
-                config.threadParam(7)->priority() == 50);
 }

@@ -63,9 +63,17 @@ public:
     /// Told of every file, link and directory that the library opens below the system root, by its path without it.
     using ReadObserver = void (*)(const char* path, ReadKind kind);
 
+    /// The same with a pointer of the host's own before them.
+    using ContextReadObserver = void (*)(void* context, const char* path, ReadKind kind);
+
     /// Watch what the library reads, for example to copy just that from a machine; null ends it.
-    /// *Threads*: the observer is called on the reading thread. @return the observer that was replaced
+    /// @return the observer that was replaced, null for none and for one with a context
+    /// *Threads*: safe at any time; the observer is called on the reading thread, and a read under way may still reach
+    /// the old one.
     static ReadObserver setReadObserver(ReadObserver observer);
+
+    /// The same with an observer that is given @p context, which must outlive every read.
+    static void setReadObserver(ContextReadObserver observer, void* context);
 
     /// Read a whole text file below the system root.
     /// @param path absolute, without the root

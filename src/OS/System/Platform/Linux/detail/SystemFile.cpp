@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Files, links and directories below the system root.
+#include "Base/HandlerSlot_p.h"
 #include "OS/System/Platform/Linux/detail/SystemFile_p.h"
 #include "OS/System/Platform/Linux/detail/Text_p.h"
 
 #include <climits>
 
 #include <algorithm>
-#include <atomic>
 
 #include <dirent.h>
 
@@ -15,19 +15,17 @@ namespace Kivo {
 
 namespace {
 
-constinit std::atomic<K7SystemUtil::ReadObserver> s_readObserver{nullptr};
+constinit HandlerSlot<const char*, K7SystemUtil::ReadKind> s_readObserver;
 
-void observe(const char* path, K7SystemUtil::ReadKind kind)
-{
-    if (const auto observer = s_readObserver.load(std::memory_order_acquire))
-        observer(path, kind);
-}
+void observe(const char* path, K7SystemUtil::ReadKind kind) { static_cast<void>(s_readObserver.call(path, kind)); }
 
 } // namespace
 
-K7SystemUtil::ReadObserver K7SystemUtil::setReadObserver(ReadObserver observer)
+K7SystemUtil::ReadObserver K7SystemUtil::setReadObserver(ReadObserver observer) { return s_readObserver.set(observer); }
+
+void K7SystemUtil::setReadObserver(ContextReadObserver observer, void* context)
 {
-    return s_readObserver.exchange(observer, std::memory_order_acq_rel);
+    s_readObserver.set(observer, context);
 }
 
 SystemFile::SystemFile(std::string path) : _path(std::move(path))
@@ -128,8 +126,11 @@ bool readSystemLink(const char* path, std::string* target)
         return false;
     char buffer[PATH_MAX];
     const ssize_t length = ::readlinkat(link.get(), "", buffer, sizeof buffer);
-    if (length < 0)
+    if (length < 0) {
+        if (errno == ENOENT) // what the kernel says of an open file that is not a link
+            errno = EINVAL;
         return false;
+    }
     target->assign(buffer, static_cast<std::size_t>(length));
     return true;
 }
