@@ -10,6 +10,7 @@
 #include "OS/System/Shell.h"
 
 #include <array>
+#include <bit>
 
 #include <pthread.h>
 
@@ -28,10 +29,9 @@ constexpr std::size_t LONGEST_NAME = sizeof(Name);
 
 constexpr Name toName(std::string_view text)
 {
-    Name name{};
-    for (std::size_t i = 0; i < text.size() && i < LONGEST_NAME; ++i)
-        name[i / 8] |= uint64{static_cast<unsigned char>(text[i])} << (i % 8 * 8);
-    return name;
+    std::array<char, LONGEST_NAME> bytes{};
+    text.copy(bytes.data(), bytes.size());
+    return std::bit_cast<Name>(bytes);
 }
 
 /// The places of the rows that getters ask for.

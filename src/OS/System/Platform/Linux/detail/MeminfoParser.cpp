@@ -5,18 +5,36 @@
 
 namespace Kivo {
 
+namespace {
+
+constexpr bool separates(char c) { return c == ':' || c == ' ' || c == '\t'; }
+
+/// A row's name and number; by hand, for the file is read once a second and every scan over it counts.
+bool parseRow(std::string_view line, MeminfoRow* row)
+{
+    const char* const end = line.data() + line.size();
+    const char* const name = std::find_if_not(line.data(), end, separates);
+    const char* const nameEnd = std::find_if(name, end, separates);
+    const char* const value = std::find_if_not(nameEnd, end, separates);
+    if (value == end)
+        return false;
+    row->name = {name, nameEnd};
+    row->value = leadingNumber<uint64>({value, end});
+    return true;
+}
+
+} // namespace
+
 // MemTotal:        1003932 kB
 // HugePages_Total:       0
 bool MeminfoParser::next(MeminfoRow* row)
 {
-    std::string_view line;
-    while (_text.field(&line, "\n\r")) {
-        TextScanner words(line);
-        std::string_view value;
-        if (!words.field(&row->name, ":\t ") || !words.field(&value, ":\t "))
-            continue;
-        row->value = leadingNumber<uint64>(value);
-        return true;
+    while (!_text.empty()) {
+        std::string_view line = _text.substr(0, _text.find('\n'));
+        line = line.substr(0, line.find('\r')); // ends a line, too
+        _text.remove_prefix(std::min(line.size() + 1, _text.size()));
+        if (parseRow(line, row))
+            return true;
     }
     return false;
 }

@@ -22,7 +22,7 @@ public:
     bool next(MeminfoRow* row);
 
 private:
-    TextScanner _text;
+    std::string_view _text;
 };
 
 } // namespace Kivo
