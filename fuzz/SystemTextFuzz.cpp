@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Every parser of the kernel's text files, over the same bytes.
+#include "OS/System/Platform/Linux/detail/KernelParser_p.h"
 #include "OS/System/Platform/Linux/detail/MeminfoParser_p.h"
+#include "OS/System/Platform/Linux/detail/PciParser_p.h"
+#include "OS/System/Platform/Linux/detail/ProcessorParser_p.h"
+#include "OS/System/Platform/Linux/detail/ShellParser_p.h"
 
 using namespace Kivo;
 
@@ -11,5 +15,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* bytes, std::size_t size)
     MeminfoParser rows(text);
     for (MeminfoRow row{}; rows.next(&row);) {
     }
+    InterruptsParser interrupts(text);
+    for (InterruptRow row; interrupts.next(&row);) {
+        sumOfInterrupts(row.counts, interrupts.columns());
+        takeInterrupts(&row.counts, interrupts.columns());
+    }
+    K7Version version;
+    parseKernelVersion(text, &version);
+    parseUptime(text);
+    parseCoreCount(text);
+    parsePciAddress(text);
+    parsePciIdentifier(text);
+    parsePidLine(text);
+    parseProgramName(text);
     return 0;
 }
