@@ -32,10 +32,14 @@ public:
     static int sendTo(int fd, const char* data, int length, const SocketAddress& address);
 
     /// Take one datagram; what does not fit into @p capacity bytes of it is lost.
-    /// @param from takes the sender; unchanged on failure
-    /// @param wait  false fails with EAGAIN when none is there
-    /// @param stamp takes when the kernel received it, in nanoseconds since 1970 by the time of day; 0 when the socket
-    ///              has no stamps. Null when nobody wants it
+    /// @param fd       the socket
+    /// @param buffer   takes the bytes
+    /// @param capacity its size in bytes
+    /// @param from     takes the sender; unchanged on failure
+    /// @param wait     false fails with EAGAIN when none is there
+    /// @param stamp    takes when the kernel received it, in nanoseconds since 1970 by the time of day; 0 when the
+    /// socket
+    ///                 has no stamps. Null when nobody wants it
     /// @return the number of bytes received, negative on failure
     static int recvFrom(int fd, char* buffer, int capacity, SocketAddress& from, bool wait = true,
                         int64* stamp = nullptr);

@@ -24,6 +24,7 @@ public:
 
     /// One target of the test is graded; called once for each, and for each further address that has answered.
     /// @param finishedAt when the test ended, the same for all of its results
+    /// @param result     its counts, times and grade; valid until the call returns
     virtual void onPingResult(const J3Time& finishedAt, const K7PingResult& result) = 0;
 
     /// The test has stopped.
