@@ -60,8 +60,8 @@ bool isGone()
     return isLive() && (code == ENOENT || code == ESRCH);
 }
 
-/// @return nothing for a process that is gone, or without @p needle, if there is one, in its program name
-std::optional<Process> readProcess(Source& source, int32 pid, const std::string* needle)
+/// @return nothing for a process that is gone
+std::optional<Process> readProcess(Source& source, int32 pid)
 {
     const std::string directory = "/proc/" + std::to_string(pid);
     Process process;
@@ -72,8 +72,6 @@ std::optional<Process> readProcess(Source& source, int32 pid, const std::string*
             process.commandLine = std::move(arguments->line);
         }
     }
-    if (needle && (!process.program || process.program->find(*needle) == std::string::npos))
-        return std::nullopt;
     if (const auto contents = source.text(directory + "/status", {ESRCH}, LONGEST_FILE)) {
         const ProcessStatus status = parseProcessStatus(*contents);
         process.user = status.user;
@@ -102,20 +100,23 @@ std::optional<Process> readProcess(Source& source, int32 pid, const std::string*
     return process;
 }
 
-Listing<Process> processes(const std::string* needle)
+/// @param list gives the numbers of the processes to read
+template <class List>
+Listing<Process> processes(List&& list)
 {
     Listing<Process> listing;
     Source source(WHAT, &listing.problems);
     std::vector<int32> pids;
-    listing.known = K7SystemUtil::Shell::listProcessIds(&pids);
+    listing.known = list(&pids);
     if (!listing.known)
         source.noteFailure();
+    listing.known |= !pids.empty();
     for (const int32 pid : pids) {
         if (listing.records.size() == MOST_PROCESSES) {
             source.note("has more entries than are listed", 0, "/proc");
             break;
         }
-        if (auto process = readProcess(source, pid, needle))
+        if (auto process = readProcess(source, pid))
             listing.records.push_back(std::move(*process));
     }
     return listing;
@@ -129,8 +130,12 @@ std::span<const Column<Process>> columns<Process>()
     return COLUMNS;
 }
 
-Listing<Process> listProcesses() { return processes(nullptr); }
+Listing<Process> listProcesses() { return processes(K7SystemUtil::Shell::listProcessIds); }
 
-Listing<Process> findProcesses(const std::string& needle) { return processes(&needle); }
+Listing<Process> findProcesses(const std::string& needle)
+{
+    return processes(
+        [&needle](std::vector<int32>* pids) { return K7SystemUtil::Shell::getProcessIds(needle.c_str(), pids); });
+}
 
 } // namespace Kivo::Inventory

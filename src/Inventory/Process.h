@@ -34,7 +34,7 @@ K7INVENTORY_API std::span<const Column<Process>> columns<Process>();
 /// of other users' processes. *Cost*: three opens and a directory per process
 [[nodiscard]] K7INVENTORY_API Listing<Process> listProcesses();
 
-/// The processes with a text in their program name, as K7SystemUtil::Shell::getProcessId() finds them.
+/// The processes with a text in their program name, as K7SystemUtil::Shell::getProcessIds() finds them.
 /// @param needle empty, it is found in every program name
 [[nodiscard]] K7INVENTORY_API Listing<Process> findProcesses(const std::string& needle);
 
