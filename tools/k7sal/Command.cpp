@@ -36,12 +36,9 @@ void refuseRoot(const Session& session, const std::string& command)
 
 int failed(const std::string& what, const std::string& reason, int errorCode, const std::string& subject)
 {
-    std::string text = "k7sal: " + what + " failed: " + reason;
-    if (!subject.empty() && reason.find(subject) == std::string::npos)
-        text += ": " + subject;
-    if (errorCode != 0)
-        text += std::string(" (") + std::strerror(errorCode) + ")";
-    std::cerr << printable(text) + "\n";
+    const bool namesSubject = subject.empty() || reason.find(subject) != std::string::npos;
+    const std::string cause = errorCode == 0 ? "" : std::string(" (") + std::strerror(errorCode) + ")";
+    warn(what + " failed: " + (namesSubject ? "" : subject + ": ") + reason + cause);
     return EXIT_FAILED;
 }
 

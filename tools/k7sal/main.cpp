@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <iostream>
 #include <new>
 
@@ -114,6 +115,24 @@ int endedBy(const char* reason)
             break;
     return EXIT_FAILED;
 }
+
+/// What nothing catches, before main and on any thread, ends the tool by the same words.
+[[noreturn]] void endByTerminate()
+{
+    try {
+        if (const std::exception_ptr thrown = std::current_exception())
+            std::rethrow_exception(thrown);
+        endedBy("unexpected end");
+    } catch (const std::bad_alloc&) {
+        endedBy("out of memory");
+    } catch (...) {
+        endedBy("unexpected failure");
+    }
+    ::_exit(EXIT_FAILED);
+}
+
+/// Earlier than any static object that allocates, as the command line's parser has some.
+[[gnu::constructor(101)]] void setTerminate() { std::set_terminate(endByTerminate); }
 
 } // namespace
 
