@@ -103,7 +103,7 @@ TEST(NetworkInterfaceCaptured, ABrokenAttributeIsAProblemAndNoMore)
     tree.file("/sys/class/net/dummy7/operstate", "up\n").file("/sys/class/net/dummy8/speed", "-1\n");
     tree.file("/x/mtu", "1\n");
     const auto listing = listNetworkInterfaces();
-    ASSERT_EQ(listing.records.size(), 3002U);
+    ASSERT_EQ(listing.records.size(), 3001U) << "a name is not a path";
     EXPECT_EQ(listing.records[7].state, "up");
     EXPECT_EQ(listing.records[7].mtu, std::nullopt);
     EXPECT_EQ(listing.records[8].speed, std::nullopt);
