@@ -13,7 +13,7 @@ from pathlib import Path
 
 AREAS = [  # folder below src/, heading, whether each operation must have a text
     ("OS/System", "System utilities", True),
-    ("OS/Network", "Network quality test", True),
+    ("OS/Network", "Network quality test", False),
     ("OS/Kernel", "Device records", False),
     ("Inventory", "Inventory", True),
     ("Protocol", "Header codecs", False),
@@ -42,12 +42,14 @@ def operations(folder):
                 name = text(member.find("name"))
                 location = member.find("location")
                 own = scope.split("::")[-1].split("<")[0].strip()
-                skipped = name == own or name.startswith(("~", "operator", "_")) or member.get("explicit") == "deduced"
+                skipped = name == own or name.startswith(("~", "operator", "_", "columns<")) or member.get("explicit") == "deduced"
                 if member.get("kind") != "function" or member.get("prot") != "public" or skipped:
                     continue
                 arguments = re.sub(r"\s*(=\s*(0|default|delete)|override|noexcept|final)\b", "", text(member.find("argsstring")))
                 where = (location.get("declfile", location.get("file")), int(location.get("declline", location.get("line"))))
-                yield where, scope, name, arguments, text(member.find("briefdescription"))
+                # In a group the text stands behind its opening mark, where Doxygen finds no brief.
+                detail = re.split(r"(?<=[.;:]) ", text(member.find("detaileddescription")))[0]
+                yield where, scope, name, arguments, text(member.find("briefdescription")) or detail
 
 
 def main():

@@ -74,7 +74,8 @@ public:
 
     /// @{
     /// Say how the threads of a role are to run.
-    /// @param role a number of the application's choice
+    ///
+    /// The role is a number of the application's choice.
     /// @return false, with the entry as it was, for a role that has one: threadParam() changes that
     bool addThreadParam(int32 role, const ThreadParam& param);
     bool addThreadParam(int32 role, uint32 affinityMask, uint32 priority, J3Thread::Policy policy);

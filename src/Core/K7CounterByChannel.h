@@ -95,7 +95,8 @@ public:
     }
 
     /// The channel's counters as rates per second.
-    /// @param tick what K7CounterWithTick::prevElapsedTick() gives: each counter is multiplied by tick / 1000.0
+    /// @param channel 0 to channelCount() - 1
+    /// @param tick    what K7CounterWithTick::prevElapsedTick() gives: each counter is multiplied by tick / 1000.0
     [[nodiscard]] std::array<float32, N> getPerSecond(uint32 channel, uint32 tick) const
     {
         const Counters counters = getByChannel(channel);

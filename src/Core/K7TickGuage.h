@@ -17,6 +17,7 @@ class K7CORE_API K7TickGuage {
 public:
     /// @param interval ticks, 0 to 2^32 - 1
     /// @param elapsed  true makes the gauge due at once, until it is restarted
+    /// @param now      the current tick
     explicit K7TickGuage(uint32 interval, bool elapsed = false, uint32 now = J3TickUtil::currentTick())
         : _interval(interval), _start(now), _dueAtOnce(elapsed)
     {}
@@ -39,6 +40,7 @@ public:
 
     /// Start again and give what turns a count made since the last start into a rate.
     /// @param minimum the shortest time, in ticks, that is taken for the time since the last start
+    /// @param now     the current tick
     /// @return interval * interval / elapsed, rounded, at most 2^32 - 1: a count times this, divided by the interval,
     ///         is the count per interval however long the count went on
     uint32 setNowConsiderElapsed(uint32 minimum, uint32 now = J3TickUtil::currentTick());

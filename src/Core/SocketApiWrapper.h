@@ -38,8 +38,7 @@ public:
     /// @param from     takes the sender; unchanged on failure
     /// @param wait     false fails with EAGAIN when none is there
     /// @param stamp    takes when the kernel received it, in nanoseconds since 1970 by the time of day; 0 when the
-    /// socket
-    ///                 has no stamps. Null when nobody wants it
+    ///                 socket has no stamps. Null when nobody wants it
     /// @return the number of bytes received, negative on failure
     static int recvFrom(int fd, char* buffer, int capacity, SocketAddress& from, bool wait = true,
                         int64* stamp = nullptr);

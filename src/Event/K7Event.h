@@ -24,7 +24,9 @@ public:
     /// @param extra more about it, which keeps its own type and channel here; may be empty
     explicit K7Event(int32 type, std::shared_ptr<J3Event> extra = {});
 
-    /// @param extra more about it, which takes this type and channel; may be empty
+    /// @param type    what happened; 0 is no event
+    /// @param channel where it happened
+    /// @param extra   more about it, which takes this type and channel; may be empty
     K7Event(int32 type, uint32 channel, std::shared_ptr<J3Event> extra = {});
 
     [[nodiscard]] int32 type() const { return _type; }

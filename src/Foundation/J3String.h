@@ -153,8 +153,9 @@ private:
 
 } // namespace Kivo
 
-/// Lets a J3String be the key of an unordered container.
+/// @cond Lets a J3String be the key of an unordered container.
 template <>
 struct std::hash<Kivo::J3String> {
     std::size_t operator()(const Kivo::J3String& text) const { return text.hash(); }
 };
+/// @endcond

@@ -66,6 +66,7 @@ public:
     [[nodiscard]] const J3String& name() const { return _name; }
 
     /// Set how the kernel schedules the thread, at once when it runs and else at its start.
+    /// @param policy   how it shares the processors
     /// @param priority 1 to 99 for the two real-time policies; not used for the normal one
     /// *Privilege*: CAP_SYS_NICE or a sufficient RLIMIT_RTPRIO for the real-time policies. *Source*: sched_setscheduler
     void setPolicy(Policy policy, uint32 priority);

@@ -55,6 +55,7 @@ struct ColumnInfo {
     Secret secret = Secret::NONE;
     std::vector<ColumnInfo> (*nested)() = nullptr; ///< the columns of the records that the column holds, if it does
 
+    /// Whether the column has a trait, all of it where it is a joined one.
     [[nodiscard]] constexpr bool has(Trait trait) const { return (traits & trait) == trait; }
 };
 
@@ -65,7 +66,7 @@ struct Column {
     Value (*read)(const Record&);
 };
 
-/// The column of one member of a record: column<&Memory::total>({"mem_total_kib", "total", "..."}).
+/// Read one member of a record as a column does.
 template <auto Member, class Record>
 Value readMember(const Record& record)
 {
@@ -80,6 +81,7 @@ struct MemberOf<T R::*> {
     using Record = R;
 };
 
+/// The column of one member of a record: column<&Memory::total>({"mem_total_kib", "total", "..."}).
 template <auto Member>
 constexpr auto column(ColumnInfo info)
 {

@@ -44,7 +44,7 @@ inline constexpr const char* PROCESSES = "processes";
 /// Every section, in the order of a report.
 [[nodiscard]] K7INVENTORY_API std::span<const Section> sections();
 
-/// @return the section of that key, null when there is none
+/// Find a section. @return the section of that key, null when there is none
 [[nodiscard]] K7INVENTORY_API const Section* findSection(std::string_view key);
 
 /// The values of one record in the order of its columns.

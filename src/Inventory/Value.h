@@ -64,6 +64,7 @@ public:
     Value& operator=(Value&&) noexcept;
     ~Value();
 
+    /// Whether the record has it.
     [[nodiscard]] bool isKnown() const { return _storage.index() != 0; }
 
     /// The alternative of type T, null when the value is of another one.
@@ -73,6 +74,7 @@ public:
         return std::get_if<T>(&_storage);
     }
 
+    /// The value as the variant that it is.
     [[nodiscard]] const Storage& storage() const { return _storage; }
 
     /// The value as a number, when it is one (a flag is not).

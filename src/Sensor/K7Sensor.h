@@ -15,6 +15,7 @@ public:
     static constexpr uint32 NO_ID = 0xFFFFFFFF;
 
     /// @param type the application's number for this kind of sensor
+    /// @param id   the sensor's identifier; NO_ID for none
     explicit K7Sensor(uint32 type, uint32 id = NO_ID);
     ~K7Sensor() override;
 

@@ -24,7 +24,9 @@ public:
     static bool readText(const char* path, std::string* text);
 
     /// Read a file that holds one whole number.
-    /// @param base 10, or 16 for digits with or without "0x"
+    /// @param path   the file
+    /// @param number takes the number
+    /// @param base   10, or 16 for digits with or without "0x"
     static bool readNumber(const char* path, int64* number, int base = 10);
 
     /// Read a file that holds "0" or "1" ("N" or "Y").

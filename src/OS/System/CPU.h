@@ -30,8 +30,7 @@ public:
 
     /// Count the processor cores that are present.
     /// @return the last number of the first range plus one, clamped to 32 bits; 0, which means "unknown", when there is
-    /// no
-    ///     range or it ends in 0: a single-core system that prints only "0" gives 0
+    ///     no range or it ends in 0: a single-core system that prints only "0" gives 0
     /// @throws J3String "can't open ..." or "can't read ..." with the path
     ///
     /// *Source*: `/sys/devices/system/cpu/present`.
@@ -63,6 +62,7 @@ public:
     /// Read the next row of an open `/proc/interrupts`, however long it is.
     /// @param tokens takes the row's words: its label without the colon, then one count a core, then the descriptive
     ///     words; the header row gives the processors' names, an empty row nothing. Untouched at the end of the file
+    /// @param file   the open file, at the beginning of a row
     /// @return false at the end of the file, for a null argument, and when the file cannot be read or has a row of more
     ///     than 16 MiB
     static bool readLineFromProcInterrupts(std::vector<J3String>* tokens, FILE* file);

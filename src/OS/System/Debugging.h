@@ -36,6 +36,7 @@ public:
 
     /// Have the record written to a file that is named after the local time:
     /// "ProcFileOutput DIRECTORY/dt10_20240305070809.dat".
+    /// @param id        DT10
     /// @param directory goes to the shell unquoted: it must come from the application, never from outside
     /// @return whether the command gave 0
     static bool dumpTo(int32 id, const J3String& directory);

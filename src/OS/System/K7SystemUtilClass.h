@@ -41,6 +41,8 @@ public:
     /// @return false, with the old root in force, when the directory cannot be opened
     /// *Threads*: set it before other threads call in.
     static bool setSystemRoot(const J3String& directory);
+
+    /// The directory that setSystemRoot() was given last, empty for the running system.
     [[nodiscard]] static J3String systemRoot();
 
     /// Why an operation failed.
@@ -77,6 +79,7 @@ public:
 
     /// Read a whole text file below the system root.
     /// @param path absolute, without the root
+    /// @param text takes the contents
     /// @return false, with @p text untouched, when it cannot be opened or read or is larger than 16 MiB (EFBIG)
     static bool readFile(const J3String& path, J3String* text);
 

@@ -34,16 +34,19 @@ public:
 
     /// Write bytes as upper-case hexadecimal digits, two a byte.
     /// @param dest      takes the digits and a terminator: 2 x @p srcLength + 1 bytes
+    /// @param src       the bytes
     /// @param srcLength bytes at @p src, at least 1; @p dest becomes empty when it is less
     static void binaryToHexaString(char* dest, const uint8* src, int32 srcLength);
 
     /// Read bytes from pairs of hexadecimal digits in either case, up to the first pair that is none.
     /// @param dest takes one byte a pair: half the length of @p src
+    /// @param src  the digits, terminated
     /// @return the number of bytes written
     static int32 hexaStringToBinary(uint8* dest, const char* src);
 
     /// Draw random numbers with the process's rand(), seeded anew from `/dev/urandom` and the time. Not for secrets.
     /// @param dest  its contents are replaced by @p count numbers; duplicates are possible
+    /// @param count how many
     /// @param max   each number is below it; with 0 all numbers are 0
     ///
     /// *Threads*: seeds the generator that every user of rand() in the process shares.

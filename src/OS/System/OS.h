@@ -48,6 +48,8 @@ public:
 
     /// Hand down the platform configuration. *Threads*: once at start-up, before other threads read it.
     static void setPlatformConfig(const K7PlatformConfig& config);
+
+    /// The platform configuration that was handed down last.
     [[nodiscard]] static const K7PlatformConfig& getPlatformConfig();
 
 private:

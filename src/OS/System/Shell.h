@@ -34,8 +34,13 @@ public:
         CoutListener& operator=(CoutListener&&) = default;
         virtual ~CoutListener();
 
+        /// The number that the host knows the listener's command by.
         virtual int32 channel() = 0;
+
+        /// Take that number.
         virtual void setChannel(int32 channel) = 0;
+
+        /// Take a piece of what the command reports, for example a line of its output.
         virtual void resultChanged(const char* text, int32 value) = 0;
     };
 
@@ -72,17 +77,19 @@ public:
     static int32 runCommandEx(CoutListener* listener, const wchar_t* format, ...);
     /// @}
 
-    /// Run a command whose output is wanted. @param output handed to the host's runner untouched
+    /// Run a command whose output is wanted.
+    /// @param command as for runCommand()
+    /// @param output  handed to the host's runner untouched
+    /// @return as runCommand()
     static int32 runCommandFromShell(const char* command, char* output);
 
     /// @{
     /// Start "/bin/sh -c" on a command, with this process's standard streams, and wait for its end.
     ///
     /// @return the raw status word of waitpid(): a shell that exits with 3 gives 768, see exitCodeOf(). It is -1 when
-    /// no
-    ///     process could be made and for a null command or format, and 0 when /bin/sh itself cannot be started. Where
-    ///     the host ignores SIGCHLD the command has run to its end, but the kernel keeps no status: -1 with ECHILD.
-    ///     Any result but 0 is a failure.
+    ///     no process could be made and for a null command or format, and 0 when /bin/sh itself cannot be started.
+    ///     Where the host ignores SIGCHLD the command has run to its end, but the kernel keeps no status: -1 with
+    ///     ECHILD. Any result but 0 is a failure.
     ///
     /// *Source*: vfork(2), execlp(3), waitpid(2). *Cost*: the command's time; the caller's memory size does not matter.
     static int32 runCommandEx(const char* command);
@@ -124,11 +131,13 @@ public:
     static int32 getProcessId(const char* needle);
 
     /// Find all processes that getProcessId() could find.
-    /// @param ids becomes their numbers in ascending order, those that could be read also when others could not
+    /// @param needle as for getProcessId()
+    /// @param ids    becomes their numbers in ascending order, those that could be read also when others could not
     /// @return false when a command line could not be read, except that of a process that has ended meanwhile
     static bool getProcessIds(const char* needle, std::vector<int32>* ids);
 
     /// Tell whether a process lives and has a text in its program name.
+    /// @param needle  the text
     /// @param pidFile where its id stands; may be null
     /// @param pid     its id when @p pidFile is null. A negative one, from here or for a file that is not there, is
     ///                looked up by @p needle; 0 is no process.
