@@ -5,7 +5,7 @@
 # usage: scripts/setup.sh [build|test|measure|fuzz|lint ...]     (default: build)
 set -euo pipefail
 
-packages=(ccache cmake g++ libboost-dev libcli11-dev libutfcpp-dev ninja-build nlohmann-json3-dev)
+packages=(ccache cmake g++ libarchive-dev libboost-dev libcli11-dev libssl-dev libutfcpp-dev ninja-build nlohmann-json3-dev)
 for purpose in "$@"; do
     case $purpose in
         build) ;;

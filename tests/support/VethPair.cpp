@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 
 #include <stdlib.h>
 #include <sys/mount.h>
@@ -18,6 +19,13 @@ bool ip(const std::string& commands)
 {
     FILE* const tool = ::popen("ip -batch -", "w");
     return tool && std::fputs(commands.c_str(), tool) >= 0 && ::pclose(tool) == 0;
+}
+
+void withoutLinkLocalAddresses()
+{
+    constexpr const char* MODE_NONE = "1";
+    std::ofstream file("/proc/sys/net/ipv6/conf/default/addr_gen_mode");
+    EXPECT_TRUE(file << MODE_NONE << std::flush);
 }
 
 VethPair::VethPair(const std::string& name, const std::string& peer) : _name(name)

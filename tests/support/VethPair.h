@@ -10,6 +10,9 @@ namespace K7Test {
 /// Run the lines of @p commands as ip does. @return whether every one succeeded
 bool ip(const std::string& commands);
 
+/// Give interfaces that come from now on no address by themselves: when it appears is not for a test to know.
+void withoutLinkLocalAddresses();
+
 /// A veth pair, up at both ends and without addresses, that goes with its owner. Only in the sandbox.
 class VethPair {
 public:

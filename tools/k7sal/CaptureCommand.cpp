@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal capture: copies what the library reads of a machine, for --root elsewhere.
+#include "Archive.h"
+#include "CaptureTree.h"
+#include "CapturedRoot.h"
 #include "Command.h"
-#include "Document.h"
+#include "FileTools.h"
+#include "PrivateDirectory.h"
+#include "RedactCapture.h"
+#include "Text.h"
 
-#include "OS/System/K7SystemUtilClass.h"
+#include "OS/System/Attribute.h"
 
 #include <cerrno>
 #include <cstring>
-#include <deque>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <optional>
-#include <set>
 #include <system_error>
 
 #include <fcntl.h>
@@ -21,161 +22,152 @@
 
 namespace K7Tool {
 
-using Kivo::K7SystemUtil;
 namespace fs = std::filesystem;
+
+using Kivo::K7SystemUtil;
+using namespace Kivo::Inventory;
 
 namespace {
 
-using Reads = std::set<std::pair<K7SystemUtil::ReadKind, std::string>>;
-
 Reads* s_reads = nullptr;
 
-/// Everything that the library opens while it collects the facts.
-Reads watchReads()
-{
-    Reads reads;
-    s_reads = &reads;
-    K7SystemUtil::setReadObserver([](const char* path, K7SystemUtil::ReadKind kind) { s_reads->emplace(kind, path); });
-    static_cast<void>(collectDocument());
-    K7SystemUtil::setReadObserver(nullptr);
-    return reads;
-}
-
-/// Copies from one tree into another, keeping the links that lead to what is copied.
-class TreeCopy {
+/// Notes everything that the library opens for as long as it lives.
+class Watch {
 public:
-    TreeCopy(fs::path source, fs::path target) : _source(std::move(source)), _target(std::move(target)) {}
-
-    /// Copy what was read under a system path. A path that is not there is left out.
-    void copy(K7SystemUtil::ReadKind kind, const std::string& path)
+    explicit Watch(Reads* reads)
     {
-        const fs::path parent = fs::path(path).parent_path();
-        if (kind == K7SystemUtil::READ_LINK) {
-            if (const auto directory = resolve(parent))
-                copyLink(*directory / fs::path(path).filename());
-        } else if (const auto real = resolve(path)) {
-            if (kind == K7SystemUtil::READ_FILE)
-                copyFile(*real, path);
-            else
-                copyNames(*real);
-        }
+        s_reads = reads;
+        K7SystemUtil::setReadObserver(
+            [](const char* path, K7SystemUtil::ReadKind kind) { s_reads->emplace(kind, path); });
     }
-
-    [[nodiscard]] std::size_t fileCount() const { return _fileCount; }
-    [[nodiscard]] const std::vector<std::string>& unreadable() const { return _unreadable; }
-
-private:
-    /// Follow a system path to what it names, inside the source tree, and make the same links in the target.
-    std::optional<fs::path> resolve(const fs::path& path)
-    {
-        constexpr int MAX_LINKS = 40;
-        const fs::path relative = path.relative_path();
-        std::deque<fs::path> rest(relative.begin(), relative.end());
-        fs::path real;
-        for (int links = 0; !rest.empty() && links <= MAX_LINKS;) {
-            const fs::path part = rest.front();
-            rest.pop_front();
-            if (part == "..") {
-                real = real.parent_path();
-                continue;
-            }
-            if (part == "." || part.empty())
-                continue;
-            std::error_code missing;
-            const fs::path next = real / part;
-            const fs::file_status status = fs::symlink_status(_source / next, missing);
-            if (!fs::exists(status))
-                return std::nullopt;
-            if (!fs::is_symlink(status)) {
-                real = next;
-                continue;
-            }
-            ++links;
-            copyLink(next);
-            const fs::path target = fs::read_symlink(_source / next, missing);
-            if (missing)
-                return std::nullopt;
-            if (target.is_absolute())
-                real.clear();
-            const fs::path inner = target.relative_path();
-            rest.insert(rest.begin(), inner.begin(), inner.end());
-        }
-        return rest.empty() ? std::optional(real) : std::nullopt;
-    }
-
-    void copyLink(const fs::path& path)
-    {
-        std::error_code missing;
-        const fs::path target = fs::read_symlink(_source / path, missing);
-        if (missing || fs::is_symlink(fs::symlink_status(_target / path)))
-            return;
-        fs::create_directories((_target / path).parent_path());
-        fs::create_symlink(target, _target / path);
-    }
-
-    void copyFile(const fs::path& path, const std::string& name)
-    {
-        const int fd = ::open((_source / path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        std::string contents;
-        char buffer[65536];
-        ssize_t count = fd < 0 ? -1 : 0;
-        while (fd >= 0 && (count = ::read(fd, buffer, sizeof buffer)) > 0)
-            contents.append(buffer, static_cast<std::size_t>(count));
-        const int error = errno;
-        if (fd >= 0)
-            ::close(fd);
-        if (count < 0) {
-            _unreadable.push_back(name + " (" + std::strerror(error) + ")");
-            return;
-        }
-        fs::create_directories((_target / path).parent_path());
-        std::ofstream file(_target / path, std::ios::binary | std::ios::trunc);
-        file << contents << std::flush;
-        if (!file)
-            throw std::system_error(errno, std::generic_category(), "cannot write " + (_target / path).string());
-        ++_fileCount;
-    }
-
-    /// Make the names of a directory: links as they are, directories, and files without contents.
-    void copyNames(const fs::path& path)
-    {
-        fs::create_directories(_target / path);
-        std::error_code unreadable;
-        for (const fs::directory_entry& entry : fs::directory_iterator(_source / path, unreadable)) {
-            const fs::path name = path / entry.path().filename();
-            if (entry.is_symlink())
-                copyLink(name);
-            else if (entry.is_directory())
-                fs::create_directories(_target / name);
-            else if (!fs::exists(fs::symlink_status(_target / name)))
-                std::ofstream(_target / name).flush();
-        }
-        if (unreadable)
-            _unreadable.push_back("/" + path.string() + " (" + unreadable.message() + ")");
-    }
-
-    fs::path _source;
-    fs::path _target;
-    std::size_t _fileCount = 0;
-    std::vector<std::string> _unreadable;
+    ~Watch() { K7SystemUtil::setReadObserver(nullptr); }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
 };
 
-int capture(const Session& session, const std::string& directory)
+Sections everySection()
 {
-    const fs::path target = fs::absolute(directory);
-    std::error_code problem;
-    if (fs::exists(target, problem) && !fs::is_empty(target, problem))
-        return failed("capture", directory + " is not an empty directory");
+    Sections all;
+    for (const Section& section : sections())
+        all.push_back(&section);
+    return all;
+}
+
+/// Collect all facts. A live kernel is asked a second time by way of its files: what a call answered was read from
+/// none of them, and a captured tree has nothing else.
+Document collectWatched(bool live, Reads* reads)
+{
+    const Watch watch(reads);
+    Document document = collectDocument(everySection());
+    if (live) {
+        K7SystemUtil::setSystemRoot(L"/");
+        static_cast<void>(collectDocument(everySection()));
+        K7SystemUtil::setSystemRoot(Kivo::J3String());
+    }
+    return document;
+}
+
+/// Say what was not captured, as far as a person reads it.
+void warnOf(const Manifest& manifest)
+{
+    constexpr std::size_t MOST = 10;
+    std::size_t count = 0;
+    for (const Problem& problem : manifest.problems)
+        if (problem.errorCode != EINVAL && ++count <= MOST) // a driver has nothing to say there
+            warn("not captured: " + problem.subject + " (" +
+                 (problem.errorCode != 0 && problem.errorCode != EFBIG ? std::strerror(problem.errorCode)
+                                                                       : problem.reason) +
+                 ")");
+    if (count > MOST)
+        warn("not captured: " + std::to_string(count - MOST) + " more, which the manifest lists");
+}
+
+/// Where a capture is to be.
+struct Target {
+    fs::path path;
+    bool isArchive;
+
+    explicit Target(const std::string& name)
+        : path((fs::absolute(name) / "").lexically_normal().parent_path()), isArchive(isArchiveName(path.string()))
+    {}
+
+    /// @return why nothing can be put there, null when it can
+    [[nodiscard]] const char* problem() const
+    {
+        const fs::file_status status = fs::symlink_status(path);
+        if (!fs::exists(status))
+            return nullptr;
+        if (isArchive)
+            return "is there already";
+        return fs::is_directory(status) && fs::is_empty(path) ? nullptr : "is not an empty directory";
+    }
+
+    /// "recorder" of "recorder.tar.gz"
+    [[nodiscard]] std::string stem() const
+    {
+        return path.filename().string().substr(0, path.filename().string().rfind(".t"));
+    }
+};
+
+void sync(const fs::path& directory, int (*how)(int))
+{
+    const Kivo::UniqueFd fd(
+        Kivo::retried([&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    if (!fd || how(fd.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), "cannot write " + directory.string());
+}
+
+/// What is copied, and what the machine says of itself.
+struct Facts {
+    Reads reads;
+    Json report;
+};
+
+/// Make the capture's parts in @p staging. @return what is to be renamed
+fs::path build(const fs::path& staging, const Target& target, bool redact, Facts* facts, Manifest* manifest)
+{
+    fs::path top = staging / "tree";
+    CaptureTree tree(top);
+    tree.copy(facts->reads);
+    *manifest = std::move(tree.manifest);
+    if (!K7SystemUtil::Attribute::readText("/proc/sys/kernel/osrelease", &manifest->kernelRelease))
+        manifest->kernelRelease.clear();
+    if (redact) {
+        redactCapture(top, staging / "redacted", manifest, &facts->report);
+        top = staging / "redacted";
+    }
+    writeFile(top / CAPTURE_DIRECTORY / MANIFEST_FILE, jsonText(toJson(manifestDocument(*manifest))) + "\n");
+    writeFile(top / CAPTURE_DIRECTORY / REPORT_FILE, jsonText(facts->report) + "\n");
+    if (!target.isArchive) {
+        sync(top, ::syncfs);
+        return top;
+    }
+    packArchive(top, target.stem(), staging / "archive");
+    return staging / "archive";
+}
+
+int capture(const Session& session, const std::string& name, bool redact)
+{
+    const Target target(name);
     try {
-        fs::create_directories(target);
-        TreeCopy tree(session.root.empty() ? fs::path("/") : fs::absolute(session.root), target);
-        for (const auto& [kind, path] : watchReads())
-            tree.copy(kind, path);
-        std::cout << tree.fileCount() << " files captured to " << directory << "\n" << std::flush;
-        for (const std::string& name : tree.unreadable())
-            std::cerr << "k7sal: not captured: " << name << "\n";
+        if (const char* const problem = target.problem())
+            return failed("capture", name + " " + problem);
+        Facts facts; // before there is another process of the tool
+        facts.report = toJson(collectWatched(session.isLive(), &facts.reads));
+        const PrivateDirectory staging(target.path.parent_path(), ".k7sal-");
+        Manifest manifest;
+        const fs::path built = build(staging.path(), target, redact, &facts, &manifest);
+        std::cout << printable(std::to_string(manifest.entries.size()) + " entries captured to " + name) << "\n";
+        if (!(std::cout << std::flush))
+            return failed("capture", "standard output cannot be written");
+        if (std::rename(built.c_str(), target.path.c_str()) != 0)
+            return failed("capture", "cannot make " + name, errno);
+        sync(target.path.parent_path(), ::fsync);
+        warnOf(manifest);
         return EXIT_DONE;
     } catch (const std::system_error& error) {
+        return failed("capture", error.what());
+    } catch (const std::runtime_error& error) {
         return failed("capture", error.what());
     }
 }
@@ -184,9 +176,16 @@ int capture(const Session& session, const std::string& directory)
 
 void declareCapture(CLI::App& command, Session& session)
 {
-    const auto directory = std::make_shared<std::string>();
-    command.add_option("dir", *directory, "A directory that is empty or not there yet")->required();
-    command.callback([&session, directory] { session.exitCode = capture(session, *directory); });
+    struct Options {
+        std::string name;
+        bool redact = false;
+    };
+    const auto options = std::make_shared<Options>();
+    command.add_option("name", options->name, "An archive (NAME.tar.gz) or a directory that is empty or not there yet")
+        ->required();
+    command.add_flag("--redact", options->redact,
+                     "Put stand-ins in place of addresses, serial numbers, host names and command lines");
+    command.callback([&session, options] { session.exitCode = capture(session, options->name, options->redact); });
 }
 
 } // namespace K7Tool

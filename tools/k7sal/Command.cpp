@@ -18,6 +18,7 @@ constexpr Command COMMANDS[] = {
     {"report", "Show what the library sees of the machine", declareReport},
     {"capture", "Copy what the library reads of this machine, for --root elsewhere", declareCapture},
     {"watch", "Show interrupts, processor use, disk and network traffic per second", declareWatch},
+    {"diff", "Tell two captures apart, or a capture and this machine", declareDiff},
     {"net", "Show network interfaces", declareNet},
     {"dns", "Show or set the name servers", declareDns},
     {"ping", "Grade the network path to IPv4 addresses", declarePing},

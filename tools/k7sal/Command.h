@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
 #include <span>
 #include <string>
 
@@ -19,9 +20,12 @@ enum ExitCode {
     EXIT_USAGE = 2,  ///< wrong usage
 };
 
+class CapturedRoot;
+
 /// What the options before and after a command say, and how the command ended.
 struct Session {
     std::string root; ///< the captured tree as it was named; empty on the running machine
+    std::shared_ptr<CapturedRoot> captured;
     bool json = false;
     int exitCode = EXIT_DONE;
 
@@ -39,6 +43,7 @@ struct Command {
 
 void declareReport(CLI::App& command, Session& session);
 void declareCapture(CLI::App& command, Session& session);
+void declareDiff(CLI::App& command, Session& session);
 void declareProcess(CLI::App& command, Session& session);
 void declareWatch(CLI::App& command, Session& session);
 void declareNet(CLI::App& command, Session& session);

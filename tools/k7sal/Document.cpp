@@ -3,6 +3,7 @@
 // What was read of a machine, section by section, and its one JSON form.
 #include "Document.h"
 
+#include "Replay.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
@@ -22,6 +23,7 @@ constexpr int SCHEMA_VERSION = 1;
 // The words of a document that stand in no column table.
 constexpr const char* VERSION_KEY = "schema_version";
 constexpr const char* PROBLEMS_KEY = "problems";
+constexpr const char* COMPLETED_KEY = "completed_from_captured_report"; ///< sections, when there are any
 
 Json problemJson(const Problem& problem)
 {
@@ -109,10 +111,19 @@ Sections namedSections(const std::vector<std::string>& keys)
 
 Sheet sheetOf(const Section& section, Collected collected)
 {
-    return {section.key, section.heading, section.shape, section.busiest, section.columns(), std::move(collected)};
+    Sheet sheet{section.key, section.heading, section.shape, section.busiest, section.columns(), std::move(collected)};
+    sheet.completed = completeFromCapture(section, &sheet.data);
+    return sheet;
 }
 
-Sheet collectSheet(const Section& section) { return sheetOf(section, section.collect()); }
+Sheet collectSheet(const Section& section)
+{
+    Collected collected = section.collect();
+    const bool replaced = !collected.known && listFromCapture(section, &collected);
+    Sheet sheet = sheetOf(section, std::move(collected));
+    sheet.completed |= replaced;
+    return sheet;
+}
 
 Document collectDocument(const Sections& sections)
 {
@@ -155,8 +166,11 @@ Json emptyDocument(const std::vector<Problem>& problems)
 Json toJson(const Document& document)
 {
     Json json = emptyDocument(problemsOf(document));
-    for (const Sheet& sheet : document)
+    for (const Sheet& sheet : document) {
         json[sheet.key] = toJson(sheet);
+        if (sheet.completed)
+            json[COMPLETED_KEY].push_back(sheet.key);
+    }
     return json;
 }
 

@@ -22,6 +22,7 @@ struct Sheet {
     std::size_t busiest; ///< as Section::busiest
     std::vector<Kivo::Inventory::ColumnInfo> columns;
     Kivo::Inventory::Collected data;
+    bool completed = false; ///< whether the captured report told what the captured tree could not
 
     /// Keep these columns alone, in this order.
     void select(const std::vector<std::size_t>& chosen);

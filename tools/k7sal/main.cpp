@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal: the library from the command line, on a board or on a tree captured from one.
+#include "CapturedRoot.h"
 #include "Command.h"
 #include "CommandRunner.h"
 #include "ManPage.h"
@@ -36,10 +37,10 @@ void holdStandardStreams()
 void declareGlobalOptions(CLI::App& app, Session& session)
 {
     app.set_version_flag("--version", K7SAL_VERSION);
-    app.add_option("--root", session.root, "Read the tree captured below this directory instead of this machine")
-        ->type_name("DIR")
-        ->check(CLI::ExistingDirectory)
-        ->each([](const std::string& directory) { Kivo::K7SystemUtil::setSystemRoot(directory.c_str()); });
+    app.add_option("--root", session.root, "Read this captured tree, or the archive of one, instead of this machine")
+        ->type_name("DIR|ARCHIVE")
+        ->check(CLI::ExistingPath)
+        ->each([&](const std::string& name) { session.captured = std::make_shared<CapturedRoot>(name); });
     app.add_flag("--json", session.json, "Print one JSON document instead of text");
     app.add_option_function<std::string>(
            "--color",
