@@ -61,7 +61,9 @@ template <class Record>
 template <class Record>
 [[nodiscard]] Collected collected(Reading<Record> reading)
 {
-    return {true, {valuesOf(reading.record)}, std::move(reading.problems)};
+    Collected result{true, {}, std::move(reading.problems)};
+    result.rows.push_back(valuesOf(reading.record));
+    return result;
 }
 
 template <class Record>

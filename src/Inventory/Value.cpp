@@ -29,7 +29,9 @@ Value::Value(Row row) : _storage(std::move(row)) {}
 
 Value::Value(Storage storage) : _storage(std::move(storage)) {}
 
-Value::Value(const Value&) = default;
+// Assigned, not constructed: GCC 12's variant of strings and vectors crashes when its copy constructor runs out of
+// memory.
+Value::Value(const Value& other) : Value() { _storage = other._storage; }
 Value::Value(Value&&) noexcept = default;
 Value& Value::operator=(const Value&) = default;
 Value& Value::operator=(Value&&) noexcept = default;
