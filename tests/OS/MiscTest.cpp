@@ -36,7 +36,8 @@ TEST(Misc, SwapsAndTrimsDeviceTexts)
     for (const auto& [text, expected] : cases)
         EXPECT_EQ(swapAndTrim(text, static_cast<int32>(text.size())), expected) << text;
     EXPECT_EQ(swapAndTrim(std::string(30, '.') + "1234567890AB", 42), "1234567890");
-    EXPECT_TRUE(Misc::fnComparator("sda1", "sda12") < 0 && Misc::fnComparator("sda\xE9", "sda1") > 0);
+    EXPECT_LT(Misc::fnComparator("sda1", "sda12"), 0);
+    EXPECT_GT(Misc::fnComparator("sda\xE9", "sda1"), 0);
 }
 
 TEST(Misc, WritesAndReadsHexadecimalDigits)
@@ -47,8 +48,10 @@ TEST(Misc, WritesAndReadsHexadecimalDigits)
     Misc::binaryToHexaString(text.data(), bytes.data(), 256);
     EXPECT_STREQ(&text[500], "FAFBFCFDFEFF");
     std::vector<uint8> back(256);
-    EXPECT_TRUE(Misc::hexaStringToBinary(back.data(), text.data()) == 256 && back == bytes);
-    EXPECT_TRUE(Misc::hexaStringToBinary(back.data(), "afAfZ10") == 2 && back[0] == 0xAF);
+    EXPECT_EQ(Misc::hexaStringToBinary(back.data(), text.data()), 256);
+    EXPECT_EQ(back, bytes);
+    EXPECT_EQ(Misc::hexaStringToBinary(back.data(), "afAfZ10"), 2);
+    EXPECT_EQ(back[0], 0xAF);
     for (const char* none : {"", "1", "0x10", " 1", "/0", ":0", "@0", "G0", "`0", "g0"})
         EXPECT_EQ(Misc::hexaStringToBinary(back.data(), none), 0) << none;
 }
@@ -59,7 +62,8 @@ TEST(Misc, DrawsNumbersBelowTheMaximumAnewEachTime)
     std::vector<uint32> second{1, 2, 3};
     Misc::getRandNumber(&first, 1000, 10);
     Misc::getRandNumber(&second, 1000, 10);
-    EXPECT_TRUE(second.size() == 1000 && first != second);
+    EXPECT_EQ(second.size(), 1000U);
+    EXPECT_NE(first, second);
     EXPECT_EQ(*std::max_element(first.begin(), first.end()), 9U);
     Misc::getRandNumber(&first, 2, 0);
     EXPECT_EQ(first, (std::vector<uint32>{0, 0}));

@@ -83,7 +83,8 @@ TEST(OSLive, KernelAgreesWithItsSystemCalls)
     uint8 parts[3] = {};
     std::sscanf(names.release, "%hhu.%hhu.%hhu", &parts[0], &parts[1], &parts[2]);
     K7Version version;
-    EXPECT_TRUE(OS::getKernelVersion(&version) && version == K7Version(parts[0], parts[1], parts[2]));
+    EXPECT_TRUE(OS::getKernelVersion(&version));
+    EXPECT_EQ(version, K7Version(parts[0], parts[1], parts[2]));
 }
 
 TEST(OSLive, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
@@ -94,5 +95,6 @@ TEST(OSLive, ClockOperationsSetTheBeginningOf2000AndApplyTheTimeByTheRunner)
     RecordingRunner runner;
     OS::applyTimeToShell();
     const std::regex form(R"(date -s "20\d\d-\d\d-\d\d \d\d:\d\d:\d\d")");
-    EXPECT_TRUE(runner.commands().size() == 1 && std::regex_match(runner.commands()[0], form));
+    ASSERT_EQ(runner.commands().size(), 1U);
+    EXPECT_TRUE(std::regex_match(runner.commands()[0], form)) << runner.commands()[0];
 }
