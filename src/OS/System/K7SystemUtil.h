@@ -3,6 +3,7 @@
 // All system utilities.
 #pragma once
 
+#include "OS/System/ATA.h"
 #include "OS/System/Attribute.h"
 #include "OS/System/CPU.h"
 #include "OS/System/Debugging.h"
@@ -13,4 +14,5 @@
 #include "OS/System/Network.h"
 #include "OS/System/OS.h"
 #include "OS/System/PCI.h"
+#include "OS/System/SCSI.h"
 #include "OS/System/Shell.h"
