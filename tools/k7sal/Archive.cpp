@@ -4,6 +4,7 @@
 #include "Archive.h"
 
 #include "FileTools.h"
+#include "LateLibrary.h"
 
 #include "Base/UniqueFd_p.h"
 
@@ -25,9 +26,52 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Reader = std::unique_ptr<archive, decltype(&archive_read_free)>;
-using Writer = std::unique_ptr<archive, decltype(&archive_write_free)>;
-using Entry = std::unique_ptr<archive_entry, decltype(&archive_entry_free)>;
+// libarchive, and what it needs in turn, takes longer to load than most commands take to run.
+#define K7_LATE(name)                                                                                                  \
+    constinit const LateFunction<decltype(::name)> name(K7_LIBARCHIVE, #name) // NOLINT(cert-err58-cpp)
+K7_LATE(archive_entry_clear);
+K7_LATE(archive_entry_filetype);
+K7_LATE(archive_entry_free);
+K7_LATE(archive_entry_hardlink);
+K7_LATE(archive_entry_new);
+K7_LATE(archive_entry_pathname);
+K7_LATE(archive_entry_set_filetype);
+K7_LATE(archive_entry_set_pathname);
+K7_LATE(archive_entry_set_perm);
+K7_LATE(archive_entry_set_size);
+K7_LATE(archive_entry_set_symlink);
+K7_LATE(archive_entry_size);
+K7_LATE(archive_entry_size_is_set);
+K7_LATE(archive_entry_symlink);
+K7_LATE(archive_error_string);
+K7_LATE(archive_read_data);
+K7_LATE(archive_read_free);
+K7_LATE(archive_read_new);
+K7_LATE(archive_read_next_header);
+K7_LATE(archive_read_open_filename);
+K7_LATE(archive_write_add_filter_gzip);
+K7_LATE(archive_write_close);
+K7_LATE(archive_write_data);
+K7_LATE(archive_write_free);
+K7_LATE(archive_write_header);
+K7_LATE(archive_write_new);
+K7_LATE(archive_write_open_fd);
+K7_LATE(archive_write_set_format_pax_restricted);
+K7_LATE(archive_read_support_filter_gzip);
+K7_LATE(archive_read_support_filter_xz);
+K7_LATE(archive_read_support_filter_zstd);
+K7_LATE(archive_read_support_format_tar);
+#undef K7_LATE
+
+/// Frees what an archive is read or written by.
+template <const auto& Free>
+struct Freed {
+    void operator()(auto* object) const { Free(object); }
+};
+
+using Reader = std::unique_ptr<archive, Freed<archive_read_free>>;
+using Writer = std::unique_ptr<archive, Freed<archive_write_free>>;
+using Entry = std::unique_ptr<archive_entry, Freed<archive_entry_free>>;
 
 [[noreturn]] void refuse(const std::string& name, const char* why)
 {
@@ -199,7 +243,7 @@ private:
 
 Reader openArchive(const std::string& name)
 {
-    Reader reader(archive_read_new(), &archive_read_free);
+    Reader reader(archive_read_new());
     if (!reader)
         throw std::bad_alloc();
     for (const auto support : {archive_read_support_format_tar, archive_read_support_filter_gzip,
@@ -214,8 +258,8 @@ Reader openArchive(const std::string& name)
 class Packing {
 public:
     Packing(fs::path directory, std::string top, const fs::path& archive)
-        : _directory(std::move(directory)), _top(std::move(top)), _writer(archive_write_new(), &archive_write_free),
-          _entry(archive_entry_new(), &archive_entry_free),
+        : _directory(std::move(directory)), _top(std::move(top)), _writer(archive_write_new()),
+          _entry(archive_entry_new()),
           _fd(Kivo::retried([&] { return ::open(archive.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); }))
     {
         if (!_writer || !_entry)

@@ -63,8 +63,8 @@ int write(const Session& session, const std::string& command)
         std::cout << "written to " << written.path << "\n" << std::flush;
     }
     if (inForce != written.path)
-        return failed(command, "the name servers in force are still those of " + inForce +
-                                   ", which could not be written",
+        return failed(command,
+                      "the name servers in force are still those of " + inForce + ", which could not be written",
                       written.errorCode);
     warnOfUnused(servers);
     return EXIT_DONE;

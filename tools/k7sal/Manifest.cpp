@@ -3,6 +3,8 @@
 // What a capture holds, and what it could not have.
 #include "Manifest.h"
 
+#include "LateLibrary.h"
+
 #include <ctime>
 #include <stdexcept>
 
@@ -75,9 +77,11 @@ std::string timeNow()
 
 void CapturedEntry::setContents(std::string_view contents)
 {
+    static const LateFunction<decltype(::EVP_Digest)> digestOf(K7_LIBCRYPTO, "EVP_Digest");
+    static const LateFunction<decltype(::EVP_sha256)> algorithm(K7_LIBCRYPTO, "EVP_sha256");
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned length = 0;
-    if (EVP_Digest(contents.data(), contents.size(), digest, &length, EVP_sha256(), nullptr) != 1)
+    if (digestOf(contents.data(), contents.size(), digest, &length, algorithm(), nullptr) != 1)
         throw std::runtime_error("no SHA-256 digest could be computed");
     size = contents.size();
     sha256.emplace();
