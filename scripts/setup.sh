@@ -5,11 +5,12 @@
 # usage: scripts/setup.sh [build|test|measure|fuzz|lint ...]     (default: build)
 set -euo pipefail
 
-packages=(ccache cmake g++ libarchive-dev libboost-dev libcli11-dev libssl-dev libutfcpp-dev ninja-build nlohmann-json3-dev)
+packages=(ccache cmake g++ libarchive-dev libblkid-dev libboost-dev libcli11-dev libssl-dev libutfcpp-dev ninja-build
+    nlohmann-json3-dev pkg-config)
 for purpose in "$@"; do
     case $purpose in
         build) ;;
-        test) packages+=(ethtool googletest iproute2 libfmt-dev libgtest-dev libbenchmark-dev) ;;
+        test) packages+=(e2fsprogs ethtool fdisk googletest iproute2 libfmt-dev libgtest-dev libbenchmark-dev) ;;
         measure) packages+=(iproute2 pciutils procps python3 time util-linux) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         lint) packages+=(clang-format-14 clang-tidy-14 clang-14 doxygen python3) ;;

@@ -8,6 +8,7 @@
 #include "OS/System/CPU.h"
 #include "OS/System/Debugging.h"
 #include "OS/System/DriverModule.h"
+#include "OS/System/FS.h"
 #include "OS/System/K7SystemUtilClass.h"
 #include "OS/System/Memory.h"
 #include "OS/System/Misc.h"
