@@ -3,8 +3,8 @@
 // Interrupts and how often they came.
 #include "Inventory/Interrupts.h"
 
-#include "Inventory/detail/InterruptsParser_p.h"
 #include "Inventory/detail/Source_p.h"
+#include "OS/System/CPU.h"
 
 namespace Kivo::Inventory {
 
@@ -33,12 +33,16 @@ Listing<Interrupt> listInterrupts()
 {
     Listing<Interrupt> listing;
     Source source("interrupts", &listing.problems);
-    const auto text = source.contents(PATH);
-    listing.known = text.has_value();
-    InterruptsParser rows(text ? std::string_view(*text) : std::string_view());
-    for (InterruptRow row; rows.next(&row) && source.hasRoomAfter(listing.records.size(), PATH);)
-        listing.records.push_back({std::string(row.label.substr(0, Source::LONGEST_TEXT)), row.count,
-                                   row.description.substr(0, Source::LONGEST_TEXT)});
+    std::vector<K7SystemUtil::CPU::Interrupt> rows;
+    listing.known = K7SystemUtil::CPU::readInterrupts(&rows);
+    if (!listing.known)
+        source.noteFailure();
+    for (const auto& row : rows) {
+        if (!source.hasRoomAfter(listing.records.size(), PATH))
+            break;
+        listing.records.push_back(
+            {row.label.substr(0, Source::LONGEST_TEXT), row.total, row.description.substr(0, Source::LONGEST_TEXT)});
+    }
     return listing;
 }
 

@@ -11,6 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+
+#include <unistd.h>
 
 using namespace Kivo;
 using namespace Kivo::Inventory;
@@ -111,6 +114,15 @@ TEST(NetworkInterfaceCaptured, ABrokenAttributeIsAProblemAndNoMore)
     EXPECT_EQ(listing.problems.size(), 2U);
 }
 
+/// The kernel tells the other end of a link that was set down a moment later.
+static void waitForState(const std::string& interface, const std::string& state)
+{
+    std::string found;
+    for (int round = 0; round < 500 && found != state; ++round, ::usleep(10'000))
+        std::getline(std::ifstream("/sys/class/net/" + interface + "/operstate"), found);
+    EXPECT_EQ(found, state);
+}
+
 TEST(NetworkInterfaceLive, AgreesWithIp)
 {
     K7_REQUIRE_SANDBOX();
@@ -120,6 +132,7 @@ TEST(NetworkInterfaceLive, AgreesWithIp)
                    "addr add 10.9.2.1 peer 10.9.2.2/32 dev k7a\naddr add 169.254.7.7/16 scope link dev k7a\n"
                    "addr add fd00:9::1/64 dev k7a nodad\naddr add fe80::9/64 dev k7a nodad\n"
                    "link set k7b mtu 1400\nlink set k7d down\nroute add default via 10.9.0.254 dev k7a"));
+    waitForState("k7c", "lowerlayerdown");
     const auto listing = listNetworkInterfaces();
     const Json links = ipJson("addr");
     ASSERT_EQ(listing.records.size(), links.size());

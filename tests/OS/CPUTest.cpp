@@ -88,7 +88,7 @@ TEST(CPUCaptured, LeavesOutColumnsOfCoresThatAreOffline)
     std::vector<CPU::Interrupt> rows;
     ASSERT_TRUE(CPU::readInterrupts(&rows));
     const std::tuple<const char*, uint64, const char*> expected[] = {
-        {"41", 30, "MSI 16384 Edge      ahci[0000:00:01.0]"},
+        {"41", 30, "MSI 16384 Edge ahci[0000:00:01.0]"},
         {"IPI0", 3, "Rescheduling interrupts"},
         {"Err", 7, ""},
         {"NMI", 4714, "faults"}};

@@ -92,7 +92,7 @@ bool K7SystemUtil::CPU::readInterrupts(std::vector<Interrupt>* interrupts)
         InterruptsParser rows(text);
         for (InterruptRow row; rows.next(&row);) {
             const uint64 total = takeInterrupts(&row.counts, rows.columns());
-            found.push_back({std::string(row.label), total, std::string(row.counts)});
+            found.push_back({std::string(row.label), total, joinedWords(row.counts)});
         }
         *interrupts = std::move(found);
     });

@@ -44,9 +44,11 @@ InterruptsParser::InterruptsParser(std::string_view text) : _lines(text)
 
 bool InterruptsParser::next(InterruptRow* row)
 {
-    while (_lines.line(&row->counts))
-        if (takeInterruptLabel(&row->counts, &row->label))
+    while (_lines.line(&row->counts)) {
+        const bool isRow = row->counts.find(':') != std::string_view::npos;
+        if (isRow && takeInterruptLabel(&row->counts, &row->label) && !row->label.empty())
             return true;
+    }
     return false;
 }
 
@@ -73,8 +75,16 @@ uint64 takeInterrupts(std::string_view* counts, int32 columns)
         sum += *count;
         *counts = fields.rest();
     }
-    *counts = trimmed(*counts);
     return sum;
+}
+
+std::string joinedWords(std::string_view text)
+{
+    std::string joined;
+    std::string_view word;
+    for (TextScanner words(text); words.word(&word);)
+        joined.append(joined.empty() ? "" : " ").append(word);
+    return joined;
 }
 
 } // namespace Kivo

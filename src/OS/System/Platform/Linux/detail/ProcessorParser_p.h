@@ -6,6 +6,8 @@
 #include "Base/TextScanner_p.h"
 #include "Foundation/J3Types.h"
 
+#include <string>
+
 namespace Kivo {
 
 /// The last number of the first range plus one, clamped to 32 bits; 0 when there is no range or it ends in 0.
@@ -40,5 +42,8 @@ uint64 sumOfInterrupts(std::string_view counts, int32 columns);
 
 /// The sum of the numbers among the first @p columns words up to the first that is not one, and the words behind them.
 uint64 takeInterrupts(std::string_view* counts, int32 columns);
+
+/// The words of a text with one blank between them.
+std::string joinedWords(std::string_view text);
 
 } // namespace Kivo
