@@ -109,11 +109,12 @@ struct Target {
     }
 };
 
-void sync(const fs::path& directory, int (*how)(int))
+/// Wait until the file system has what was written.
+void sync(const fs::path& directory)
 {
     const Kivo::UniqueFd fd(
         Kivo::retried([&] { return ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!fd || how(fd.get()) != 0)
+    if (!fd || ::syncfs(fd.get()) != 0)
         throw std::system_error(errno, std::generic_category(), "cannot write " + directory.string());
 }
 
@@ -139,7 +140,7 @@ fs::path build(const fs::path& staging, const Target& target, bool redact, Facts
     writeFile(top / CAPTURE_DIRECTORY / MANIFEST_FILE, jsonText(toJson(manifestDocument(*manifest))) + "\n");
     writeFile(top / CAPTURE_DIRECTORY / REPORT_FILE, jsonText(facts->report) + "\n");
     if (!target.isArchive) {
-        sync(top, ::syncfs);
+        sync(top);
         return top;
     }
     packArchive(top, target.stem(), staging / "archive");
@@ -162,7 +163,6 @@ int capture(const Session& session, const std::string& name, bool redact)
             return failed("capture", "standard output cannot be written");
         if (std::rename(built.c_str(), target.path.c_str()) != 0)
             return failed("capture", "cannot make " + name, errno);
-        sync(target.path.parent_path(), ::fsync);
         warnOf(manifest);
         return EXIT_DONE;
     } catch (const std::system_error& error) {

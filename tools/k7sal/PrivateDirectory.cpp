@@ -53,13 +53,11 @@ PrivateDirectory::PrivateDirectory(const fs::path& parent, const std::string& pr
 
 PrivateDirectory::~PrivateDirectory()
 {
-    if (_keeper < 0) { // no process could be had
-        std::error_code ignored;
-        fs::remove_all(_path, ignored);
-        return;
-    }
     _lifeline = Kivo::UniqueFd();
-    static_cast<void>(Kivo::retried([&] { return ::waitpid(_keeper, nullptr, 0); }));
+    if (_keeper > 0)
+        static_cast<void>(Kivo::retried([&] { return ::waitpid(_keeper, nullptr, 0); }));
+    std::error_code ignored;
+    fs::remove_all(_path, ignored); // where no process could be had, or it did not succeed
 }
 
 } // namespace K7Tool
