@@ -17,3 +17,4 @@
 #include "OS/System/PCI.h"
 #include "OS/System/SCSI.h"
 #include "OS/System/Shell.h"
+#include "OS/System/USB.h"

@@ -43,6 +43,7 @@ void requireWithRetries(int count, const char* reason, const char* subject, Call
         firstError = firstError == 0 ? errno : firstError;
         J3Thread::sleep(RETRY_INTERVAL_MS);
     }
+    errno = firstError;
     throw Reason{count < 1 ? "no attempt is allowed" : reason, firstError, subject};
 }
 
