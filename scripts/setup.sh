@@ -5,8 +5,8 @@
 # usage: scripts/setup.sh [build|test|measure|fuzz|lint ...]     (default: build)
 set -euo pipefail
 
-packages=(ccache cmake g++ libarchive-dev libblkid-dev libboost-dev libcli11-dev libssl-dev libutfcpp-dev ninja-build
-    nlohmann-json3-dev pkg-config)
+packages=(ccache cmake g++ libarchive-dev libblkid-dev libboost-dev libcli11-dev liblua5.2-dev libssl-dev libutfcpp-dev
+    ninja-build nlohmann-json3-dev pkg-config)
 for purpose in "$@"; do
     case $purpose in
         build) ;;
