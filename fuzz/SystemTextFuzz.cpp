@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// Every parser of the kernel's text files, over the same bytes.
+// Every parser of what the kernel and disks say, over the same bytes.
+#include "OS/System/Platform/Linux/detail/AtaIdentifyParser_p.h"
 #include "OS/System/Platform/Linux/detail/KernelParser_p.h"
 #include "OS/System/Platform/Linux/detail/MeminfoParser_p.h"
 #include "OS/System/Platform/Linux/detail/PciParser_p.h"
 #include "OS/System/Platform/Linux/detail/ProcessorParser_p.h"
+#include "OS/System/Platform/Linux/detail/ScsiLinkParser_p.h"
 #include "OS/System/Platform/Linux/detail/ShellParser_p.h"
 
 using namespace Kivo;
@@ -28,5 +30,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* bytes, std::size_t size)
     parsePciIdentifier(text);
     parsePidLine(text);
     parseProgramName(text);
+    parseScsiAddress(text);
+    parseUsbDevice(text);
+    isUsbName(text);
+    K7SystemUtil::SCSI::UsbIndexToDev dev;
+    UsbPortNames().take(text, &dev);
+    if (text.size() >= ATA_IDENTIFY_SIZE)
+        parseAtaIdentify(std::span(text).first<ATA_IDENTIFY_SIZE>());
     return 0;
 }

@@ -136,7 +136,7 @@ public:
     /// Tell whether the board has eSATA ports.
     static bool isESataSupport();
 
-    /// Set where a USB index is wired. @param index 0 to 7; any other is ignored
+    /// Set where a USB index, 0 to 7, is wired; any other index is ignored.
     static void setUsbIndexToDev(uint32 index, const UsbIndexToDev& dev);
 
     /// Set the addresses of a kind of host.
