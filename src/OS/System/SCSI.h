@@ -80,6 +80,7 @@ public:
 
         constexpr UsbIndexToDev(int32 bus, int32 port, int32 subPort) : _bus(bus), _port(port), _subPort(subPort) {}
 
+        /// Become wired to a bus, port and sub-port.
         constexpr void set(int32 bus, int32 port, int32 subPort) { *this = UsbIndexToDev(bus, port, subPort); }
 
         /// Become wired nowhere: -1 in all three.
