@@ -457,6 +457,12 @@ TEST(SCSICaptured, ProbesTellWhatTheyCannotReadAndNeverLeaveTheDirectory)
         EXPECT_EQ(K7SystemUtil::lastFailure().errorCode, EMFILE) << name;
         setrlimit(RLIMIT_NOFILE, &limit);
     }
+    const std::string revision = "/sys" + PCI + "0000:00:01.0/ata9/host3/target3:0:0/3:0:0:0/rev";
+    std::filesystem::remove(tree.real(revision));
+    EXPECT_EQ(SCSI::getSataHost("sda"), 3); // no revision is not the bridge's
+    tree.directory(revision);
+    EXPECT_EQ(SCSI::getSataHost("sda"), -1);
+    EXPECT_EQ(K7SystemUtil::lastFailure().subject, L"/sys/block/sda/device/rev");
     EXPECT_FALSE(SCSI::getAddress("vda", &address));
     EXPECT_EQ(K7SystemUtil::lastFailure().operation, L""); // has no address: an answer
     EXPECT_FALSE(SCSI::getAddress("sdz", &address));
