@@ -381,6 +381,8 @@ TEST_F(FSCaptured, ListsMeasuresAndClearsATree)
     EXPECT_EQ(FS::listDirectory(at("").c_str()), (std::vector<J3String>{L"a", L"b", L"c-link"}));
     EXPECT_EQ(FS::totalSize(at(".").c_str()), 9U);
     EXPECT_EQ(FS::totalSize(at("b").c_str()), 5U);
+    EXPECT_EQ(FS::totalSize(at("c-link").c_str()), 0U);
+    EXPECT_EQ(reason(), "is not a directory or a file");
     EXPECT_FALSE(FS::clearPath(at("c-link").c_str()));
     for (int i = 0; i < 5000; ++i) // more than are deleted in one go
         std::ofstream(at("a/two/" + std::to_string(i)));

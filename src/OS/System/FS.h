@@ -161,7 +161,7 @@ public:
     static bool reloadPartition(const char* devPath);
 
     /// Sum up the sizes of the regular files below a directory, each hard link once. Symbolic links are not followed.
-    /// @param targetDir the directory, or a file; null is asserted against
+    /// @param targetDir the directory, or a file, but not a symbolic link; null is asserted against
     /// @return the sum in bytes; what could not be looked at is left out and is a failure, as are directories nested
     ///     deeper than 256
     /// *Cost*: one stat(2) for each file.

@@ -142,6 +142,9 @@ private:
 bool sumSizes(const std::string& path, uint64* total)
 {
     SizeSum sum(total);
+    struct stat status {};
+    requireCall(::lstat(path.c_str(), &status) == 0, "stat() failed", path);
+    require(S_ISDIR(status.st_mode) || S_ISREG(status.st_mode), "is not a directory or a file", path);
     sum.add(AT_FDCWD, path.c_str(), path, 0);
     return sum.complete();
 }
