@@ -169,7 +169,8 @@ void SensorReader::readMonitor(const std::string& monitor, bool hasZones)
                 return;
             Sensor sensor;
             const std::string sensorName = name.substr(0, name.find('_'));
-            sensor.id = monitor + "/" + sensorName;
+            sensor.id = monitor;
+            sensor.id.append("/").append(sensorName);
             sensor.device = device;
             readMonitored(directory, attributes, sensorName, kind, &sensor);
             _listing.records.push_back(std::move(sensor));
