@@ -83,7 +83,7 @@ protected:
     {
         K7_REQUIRE_SANDBOX();
         if (!loop.isThere())
-            GTEST_SKIP() << "no loop devices: " << (::getuid() == 0 ? "the machine gives none" : "they take root");
+            GTEST_SKIP() << "no loop devices: the machine has none, or root of it is needed";
         tree.directory("/mnt");
         if (std::system("command -v sfdisk mkfs.ext3 >/dev/null") != 0)
             GTEST_SKIP() << "sfdisk or mkfs.ext3 is not installed";
