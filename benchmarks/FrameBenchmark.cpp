@@ -88,7 +88,8 @@ BENCHMARK(BM_GetIpsResolutionBpsString);
 
 } // namespace
 
-void* operator new(std::size_t size)
+// Not inline: GCC would take malloc and free for a pair that does not match new and delete.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     ++allocations;
     if (void* const block = std::malloc(size))
@@ -96,6 +97,6 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
 
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }

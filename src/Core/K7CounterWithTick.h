@@ -7,6 +7,7 @@
 #include "Core/K7TickGuage.h"
 #include "Foundation/J3Time.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <ctime>
@@ -34,8 +35,11 @@ public:
         J3Time slotTime;    ///< when the slot that was the current one began; invalid before start()
     };
 
-    /// @param period ticks after which a slot is complete
-    explicit K7CounterWithTick(uint32 period) : _tickGuage(period), _counterId(Slots), _prevElapsedTick(period)
+    /// @param period     ticks after which a slot is complete
+    /// @param resolution by how many ticks the given ones go on at a time: a slot counts as that much shorter than it
+    ///                   was measured, so that a rate that is cut to a whole number is not one less half of the time
+    explicit K7CounterWithTick(uint32 period, uint32 resolution = 0)
+        : _resolution(resolution), _tickGuage(period), _counterId(Slots), _prevElapsedTick(period)
     {
         for (uint32 slot = 0; slot < Slots; ++slot)
             _counters[slot].setId(slot);
@@ -67,7 +71,9 @@ public:
             _currentSlot.store((currentSlot() + 1) % Slots, WRITES);
             current().setId(_counterId);
             _counterId += Slots;
-            beginSlot(_tickGuage.setNowConsiderElapsed(SHORTEST_PERIOD, now));
+            const uint32 surplus = std::min(_resolution, _tickGuage.elapsedTick(now));
+            beginSlot(_tickGuage.setNowConsiderElapsed(SHORTEST_PERIOD, now - surplus));
+            _tickGuage.restart(now);
         });
         return true;
     }
@@ -121,6 +127,7 @@ private:
 
     K7SequenceLock _sequence; ///< odd while a slot begins
     std::array<T, Slots> _counters;
+    const uint32 _resolution;
     K7TickGuage _tickGuage;
     uint32 _counterId;
     std::atomic<uint32> _currentSlot{0};

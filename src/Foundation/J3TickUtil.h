@@ -14,6 +14,11 @@ public:
     /// *Source*: CLOCK_MONOTONIC_COARSE. *Cost*: no system call
     [[nodiscard]] static uint32 currentTick();
 
+    /// By how many ticks currentTick() goes on at a time, rounded up: a time that is measured with it may be this much
+    /// shorter than it seems.
+    /// *Source*: clock_getres(2)
+    [[nodiscard]] static uint32 resolution();
+
     /// The ticks from the first to the second, over a wrap too.
     [[nodiscard]] static uint32 diffTick(uint32 from, uint32 to) { return to - from; }
 };

@@ -105,7 +105,8 @@ private:
 
 K7FrameStatistic::K7FrameStatistic(uint32 channelCount)
     : _channelCount(channelCount), _lastVideoFrame(std::make_unique<LastFrames>(channelCount)),
-      _ipsBpsCounter(IPS_PERIOD), _modeEnqueueCounter(STATISTICS_PERIOD), _dispatchCounter(STATISTICS_PERIOD)
+      _ipsBpsCounter(IPS_PERIOD, J3TickUtil::resolution()), _modeEnqueueCounter(STATISTICS_PERIOD),
+      _dispatchCounter(STATISTICS_PERIOD)
 {
     _ipsBpsCounter.setChannelCount(channelCount);
     _modeEnqueueCounter.setChannelCount(channelCount);

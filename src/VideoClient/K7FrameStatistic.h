@@ -106,7 +106,8 @@ public:
     /// they are replaced and no reader is under way.
     void setIpsBpsStringFormatter(K7IPSFormatter* ipsFormatter, K7BPSFormatter* bpsFormatter);
 
-    /// Write a channel's rates in the last complete slot, true ones per second however long the slot was.
+    /// Write a channel's rates in the last complete slot, true ones per second however long the slot was; its length is
+    /// measured to J3TickUtil::resolution(), and of the rates that this allows the highest is taken.
     /// @param channel 0 to the number of channels - 1; any other is reported to j3assertFunc and writes nothing
     /// @param ips     becomes "[25 / 0 / 0 / 0] ips", cut to whole numbers, or what the formatter makes of it
     /// @param bps     becomes "[4.0 / 0.0 / 0.0 / 0.0] Mbps" (2^20 bits), or what the formatter makes of it

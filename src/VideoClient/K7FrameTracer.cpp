@@ -58,14 +58,14 @@ bool K7FrameTracer::isCamera(const J3Frame& frame) const
 
 bool K7FrameTracer::traceFrame(const J3Frame& frame, int32 frameMode, uint32 enqueueIndex)
 {
-    if (!isCamera(frame) || !(isTraceIpsInfoOn() || isStatisticsOn()))
+    if (!(isTraceIpsInfoOn() || isStatisticsOn()) || !isCamera(frame))
         return false;
     return _statistic.addToModeEnqueueCounter(K7FrameInfo(frame, frameMode), enqueueIndex);
 }
 
 void K7FrameTracer::traceRecordFrame(const J3Frame& frame, uint32 dispatchIndex, const uint32*)
 {
-    if (isCamera(frame) && isStatisticsOn())
+    if (isStatisticsOn() && isCamera(frame))
         _statistic.addToDispatchCounter(frame, dispatchIndex);
 }
 

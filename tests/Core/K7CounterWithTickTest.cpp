@@ -47,6 +47,15 @@ TEST(K7CounterWithTick, ReadsTheTrueRateAfterASlotOfAnyLength)
     }
 }
 
+TEST(K7CounterWithTick, TakesASlotForAsShortAsItMayHaveBeen)
+{
+    K7CounterWithTick<K7CounterByChannel<1>, 2> ring(1000, 4);
+    ring.start(0);
+    EXPECT_TRUE(ring.rotateIfDue(1044));
+    EXPECT_EQ(ring.prevElapsedTick(), 962U) << "of 1040 ticks";
+    EXPECT_FALSE(ring.rotateIfDue(2044)) << "the next slot begins where this one ended";
+}
+
 TEST(K7CounterWithTick, GivesWholeSlotsToReadersBesideTheWriter)
 {
     K7CounterWithTick<K7SizeCounterByChannel<1>, 2> ring(0);
