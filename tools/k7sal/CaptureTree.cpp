@@ -62,7 +62,8 @@ std::optional<std::string> CaptureTree::resolve(const std::string& path)
             real.resize(real.empty() ? 0 : real.rfind('/'));
             continue;
         }
-        const std::string next = real + "/" + part;
+        std::string next = real;
+        next.append("/").append(part);
         const auto target = _notLinks.contains(next) ? std::nullopt : addLink(next);
         if (!target) {
             _notLinks.insert(next);
