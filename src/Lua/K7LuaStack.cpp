@@ -6,9 +6,11 @@
 
 #include "Lua/detail/LuaExtras_p.h"
 #include "Lua/detail/LuaGuard_p.h"
+#include "Lua/detail/LuaItem_p.h"
 #include "Lua/detail/LuaRun_p.h"
 #include "Lua/detail/LuaText_p.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -79,14 +81,20 @@ int storeElementStep(lua_State* L)
     return 0;
 }
 
-/// Call the function at index 1 with the arguments above it.
-int callFunction(lua_State* L)
-{
-    lua_callk(L, lua_gettop(L) - 1, LUA_MULTRET, 0, nullptr);
-    return lua_gettop(L);
-}
+/// A step and its data.
+struct Job {
+    int (*step)(lua_State*);
+    void* data;
+};
 
-int callFunctionGuarded(lua_State* L) { return callGuarded(L, callFunction); }
+/// Arguments: the job, and those of its step.
+int runJob(lua_State* L)
+{
+    const Job& job = *static_cast<const Job*>(lua_touserdata(L, 1));
+    lua_pushlightuserdata(L, job.data);
+    lua_replace(L, 1);
+    return callGuarded(L, job.step);
+}
 
 /// The index on the Lua side of element @p i, 0 for one that no table can hold.
 int elementIndex(uint32 i) { return i < static_cast<uint32>(std::numeric_limits<int>::max()) ? int(i) + 1 : 0; }
@@ -112,17 +120,11 @@ void K7LuaStack::setTraceSink(TraceSink sink) { extras().traceSink = std::move(s
 
 bool K7LuaStack::callProtected(int32 arguments, int32 results) const
 {
-    if (!hasRoom(1)) {
-        lua_settop(_luaState, -arguments - 2);
-        return false;
-    }
-    lua_pushcclosure(_luaState, callFunctionGuarded, 0);
-    lua_insert(_luaState, -arguments - 2);
     const LuaRun run(_luaState, _extras ? &_extras->limits : nullptr);
-    const int status = lua_pcallk(_luaState, arguments + 1, results, 0, 0, nullptr);
+    const int status = lua_pcallk(_luaState, arguments, results, 0, 0, nullptr);
     if (status == LUA_OK)
         return true;
-    if (status < 0) { // something of C++ without a text went through Lua: the top may be anything
+    if (status < 0) { // an unguarded exception went through Lua: the top may be anything
         lua_settop(_luaState, -2);
         lua_pushnil(_luaState);
     }
@@ -133,71 +135,19 @@ bool K7LuaStack::callProtected(int32 arguments, int32 results) const
 
 bool K7LuaStack::perform(Step step, void* data, int32 arguments, int32 results) const
 {
-    if (!hasRoom(ROOM + results)) {
+    if (!hasRoom(ROOM + std::max(results, 0))) {
         if (_luaState)
             lua_settop(_luaState, -arguments - 1);
         return false;
     }
-    lua_pushcclosure(_luaState, step, 0);
-    lua_pushlightuserdata(_luaState, data);
+    Job job{step, data};
+    lua_pushcclosure(_luaState, runJob, 0);
+    lua_pushlightuserdata(_luaState, &job);
     if (arguments > 0) {
         lua_insert(_luaState, -arguments - 2);
         lua_insert(_luaState, -arguments - 2);
     }
     return callProtected(arguments + 1, results);
-}
-
-/// Push a known item of the current table by raw access, and the table of the globals below it.
-/// @param below takes the number of values pushed below the item
-/// @return the item's type; LUA_TNONE, and nothing pushed, when it takes more than that
-int32 K7LuaStack::pushKnown(const J3String& name, int32* below) const
-{
-    const int reference = _extras ? _extras->names.find(name.wstring()) : LUA_NOREF;
-    if (reference == LUA_NOREF)
-        return LUA_TNONE;
-    *below = isRoot() ? 1 : 0;
-    if (isRoot())
-        lua_rawgeti(_luaState, LUA_REGISTRYINDEX, LUA_RIDX_GLOBALS);
-    if (lua_type(_luaState, -1) != LUA_TTABLE) {
-        lua_settop(_luaState, -1 - *below);
-        return LUA_TNONE;
-    }
-    lua_rawgeti(_luaState, LUA_REGISTRYINDEX, reference);
-    lua_rawget(_luaState, -2);
-    const int type = lua_type(_luaState, -1);
-    if (type == LUA_TNIL && lua_getmetatable(_luaState, -2)) {
-        lua_settop(_luaState, -3 - *below);
-        return LUA_TNONE;
-    }
-    return type;
-}
-
-/// Replace a known item of the current table, which no metamethod is asked about, by the top of the stack.
-/// @return whether it was replaced and the value popped
-bool K7LuaStack::putKnown(const J3String& name)
-{
-    const int reference = _extras ? _extras->names.find(name.wstring()) : LUA_NOREF;
-    if (reference == LUA_NOREF)
-        return false;
-    if (isRoot())
-        lua_rawgeti(_luaState, LUA_REGISTRYINDEX, LUA_RIDX_GLOBALS);
-    else
-        lua_pushvalue(_luaState, -2);
-    if (lua_type(_luaState, -1) != LUA_TTABLE) {
-        lua_settop(_luaState, -2);
-        return false;
-    }
-    lua_rawgeti(_luaState, LUA_REGISTRYINDEX, reference);
-    lua_pushvalue(_luaState, -1);
-    lua_rawget(_luaState, -3);
-    if (lua_type(_luaState, -1) == LUA_TNIL) {
-        lua_settop(_luaState, -4);
-        return false;
-    }
-    lua_copy(_luaState, -4, -1);
-    lua_rawset(_luaState, -3);
-    lua_settop(_luaState, -3);
-    return true;
 }
 
 namespace {
@@ -209,14 +159,14 @@ bool withItem(const J3String& name, bool isRoot, LuaNames* names, const Steps& s
     try {
         const LuaText text(name);
         NamedItem item{text.c_str(), isRoot, nullptr};
-        if (names && LuaNames::fits(name.wstring()) && !LuaNames::holds(names->placeOf(name.wstring()), name.wstring()))
-            item.place = &names->placeOf(name.wstring());
-        if (item.place)
+        if (names && LuaNames::fits(name.wstring()) && names->find(name.wstring()) == LUA_NOREF) {
+            item.place = &names->placeFor(name.wstring());
             item.place->length = 0;
+        }
         if (!steps(&item))
             return false;
         if (item.place)
-            LuaNames::enter(*item.place, name.wstring());
+            item.place->assign(name.wstring());
         return true;
     } catch (const std::bad_alloc&) {
         return false;
@@ -263,12 +213,15 @@ int32 K7LuaStack::getItem(const J3String& name) const
     if (!hasRoom(ROOM))
         return LUA_TNONE;
     const LuaHeight height(_luaState, 1);
-    int32 below = 0;
-    const int32 type = pushKnown(name, &below);
-    if (type == LUA_TNONE)
+    if (!pushTableAndName(_luaState, _extras.get(), name, isRoot() ? LUA_GLOBALS : -1))
         return pushNamed(name);
-    if (below > 0)
-        lua_remove(_luaState, -2);
+    lua_rawget(_luaState, -2);
+    const int type = lua_type(_luaState, -1);
+    if (type == LUA_TNIL && lua_getmetatable(_luaState, -2)) {
+        lua_settop(_luaState, -4);
+        return pushNamed(name);
+    }
+    lua_remove(_luaState, -2);
     return type;
 }
 
@@ -277,10 +230,18 @@ void K7LuaStack::putItem(const J3String& name)
     if (!hasValue())
         return;
     const LuaHeight height(_luaState, -1);
-    if (!hasRoom(ROOM))
+    if (!hasRoom(ROOM)) {
         lua_settop(_luaState, -2);
-    else if (!putKnown(name))
+    } else if (!pushTableAndName(_luaState, _extras.get(), name, isRoot() ? LUA_GLOBALS : -2)) {
         putNamed(name);
+    } else if (!isReplaced(_luaState)) {
+        lua_settop(_luaState, -4);
+        putNamed(name);
+    } else {
+        lua_copy(_luaState, -4, -1);
+        lua_rawset(_luaState, -3);
+        lua_settop(_luaState, -3);
+    }
 }
 
 void K7LuaStack::popTop()

@@ -156,8 +156,6 @@ protected:
     bool _selfOpen;
 
 private:
-    K7SAL_LOCAL int32 pushKnown(const J3String& name, int32* below) const;
-    K7SAL_LOCAL bool putKnown(const J3String& name);
     K7SAL_LOCAL int32 pushNamed(const J3String& name) const;
     K7SAL_LOCAL void putNamed(const J3String& name);
 

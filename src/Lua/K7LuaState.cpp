@@ -33,6 +33,13 @@ int loadStep(lua_State* L)
     return 1;
 }
 
+/// Argument: the script. Results: its own.
+int runStep(lua_State* L)
+{
+    lua_callk(L, 0, LUA_MULTRET, 0, nullptr);
+    return lua_gettop(L) - 1;
+}
+
 int refuseExit(lua_State* L) { return luaL_error(L, "os.exit: a script does not end its host"); }
 
 int openLibrariesStep(lua_State* L)
@@ -137,7 +144,7 @@ void K7LuaState::cleanup()
 
 bool K7LuaState::runScript()
 {
-    if (!hasValue() || !callProtected(0, LUA_MULTRET))
+    if (!hasValue() || !perform(runStep, nullptr, 1, LUA_MULTRET))
         throw J3Exception(L"can't execute LUA script");
     return true;
 }

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // Typed values on the stack, for every type by one rule a kind.
 #include "Lua/K7LuaState.h"
-#include "Lua/detail/LuaExtras_p.h"
+#include "Lua/detail/LuaItem_p.h"
 #include "Lua/detail/LuaText_p.h"
 
 #include <cmath>
@@ -14,8 +14,8 @@ namespace Kivo {
 
 namespace {
 
-/// The most that a typed write puts on the stack.
-constexpr int32 ROOM = 4;
+/// The most that a typed access puts on the stack.
+constexpr int32 ROOM = 8;
 
 /// What Lua counts in whole numbers: wider integers travel as doubles.
 template <class T>
@@ -153,14 +153,43 @@ void K7LuaStack::pushValue(const J3String* in)
 template <class T>
 bool K7LuaStack::readItem(const J3String& name, T* out) const
 {
+    if (!_luaState || !lua_checkstack(_luaState, ROOM))
+        return false;
+    const LuaHeight height(_luaState, 0);
+    if constexpr (!std::same_as<T, J3String>) {
+        if (out && pushTableAndName(_luaState, _extras.get(), name, isRoot() ? LUA_GLOBALS : -1)) {
+            lua_rawget(_luaState, -2);
+            T value;
+            const bool isAccepted = valueAtTop(_luaState, &value);
+            lua_settop(_luaState, -3);
+            if (isAccepted) {
+                *out = value;
+                return true;
+            }
+        }
+    }
     return getItem(name) != LUA_TNONE && getValue(out);
 }
 
 template <class T>
 void K7LuaStack::writeItem(const J3String& name, const T& value)
 {
-    if (!hasRoom(ROOM))
+    if (!_luaState || !lua_checkstack(_luaState, ROOM))
         return;
+    const LuaHeight height(_luaState, 0);
+    if constexpr (!std::same_as<T, J3String>) {
+        if (pushTableAndName(_luaState, _extras.get(), name, isRoot() ? LUA_GLOBALS : -1)) {
+            const bool isSimple = isReplaced(_luaState);
+            lua_settop(_luaState, -2);
+            if (isSimple) {
+                pushScalar(_luaState, value);
+                lua_rawset(_luaState, -3);
+                lua_settop(_luaState, -2);
+                return;
+            }
+            lua_settop(_luaState, -3);
+        }
+    }
     pushValue(&value);
     putItem(name);
 }

@@ -23,6 +23,7 @@ constexpr Command COMMANDS[] = {
     {"dns", "Show or set the name servers", declareDns},
     {"ping", "Grade the network path to IPv4 addresses", declarePing},
     {"process", "List, find, test or end processes", declareProcess},
+    {"lua", "Run a Lua script that can ask what the tool can show", declareLua},
 };
 
 } // namespace

@@ -49,6 +49,7 @@ void declareWatch(CLI::App& command, Session& session);
 void declareNet(CLI::App& command, Session& session);
 void declareDns(CLI::App& command, Session& session);
 void declarePing(CLI::App& command, Session& session);
+void declareLua(CLI::App& command, Session& session);
 
 /// Every command, in the order of the help.
 [[nodiscard]] std::span<const Command> commands();

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cwchar>
 
 namespace Kivo {
 
@@ -21,44 +20,59 @@ public:
 
         int reference = LUA_NOREF; ///< where the registry holds it
         uint32 length = 0;         ///< 0: no name yet
+        std::size_t mixed = 0;
         wchar_t text[LONGEST];
+
+        [[nodiscard]] bool is(const std::wstring& name, std::size_t mixedName) const
+        {
+            return mixed == mixedName && length == name.size() && std::equal(name.begin(), name.end(), text);
+        }
+
+        void assign(const std::wstring& name)
+        {
+            std::copy(name.begin(), name.end(), text);
+            length = static_cast<uint32>(name.size());
+            mixed = mix(name);
+        }
     };
 
     static bool fits(const std::wstring& name) { return !name.empty() && name.size() <= Name::LONGEST; }
 
-    /// Where a name that fits() lies or would lie.
-    Name& placeOf(const std::wstring& name)
-    {
-        const std::size_t mixed = name.size() * 7 + static_cast<std::size_t>(name.front()) * 31 +
-                                  static_cast<std::size_t>(name[name.size() / 2]) * 37 +
-                                  static_cast<std::size_t>(name.back()) * 41;
-        return _names[mixed % _names.size()];
-    }
-
-    static bool holds(const Name& place, const std::wstring& name)
-    {
-        return place.length == name.size() && std::wmemcmp(place.text, name.data(), name.size()) == 0;
-    }
-
-    static void enter(Name& place, const std::wstring& name)
-    {
-        std::copy(name.begin(), name.end(), place.text);
-        place.length = static_cast<uint32>(name.size());
-    }
-
     /// The registry's reference to a name, LUA_NOREF when it holds none.
-    int find(const std::wstring& name)
+    [[nodiscard]] int find(const std::wstring& name) const
     {
         if (!fits(name))
             return LUA_NOREF;
-        const Name& place = placeOf(name);
-        return holds(place, name) ? place.reference : LUA_NOREF;
+        const std::size_t mixed = mix(name);
+        for (const Name& place : _sets[mixed % _sets.size()])
+            if (place.is(name, mixed))
+                return place.reference;
+        return LUA_NOREF;
     }
 
-    void forgetAll() { _names.fill({}); }
+    /// Where to keep a name that is not held: at a free place, or at that of the name which was kept first.
+    [[nodiscard]] Name& placeFor(const std::wstring& name)
+    {
+        Set& set = _sets[mix(name) % _sets.size()];
+        for (Name& place : set)
+            if (place.length == 0)
+                return place;
+        return set[_replaced++ % set.size()];
+    }
+
+    void forgetAll() { _sets.fill({}); }
 
 private:
-    std::array<Name, 128> _names{};
+    using Set = std::array<Name, 4>;
+
+    static std::size_t mix(const std::wstring& name)
+    {
+        const auto at = [&](std::size_t i) { return static_cast<std::size_t>(name[i]); };
+        return name.size() + at(0) * 3 + at(name.size() / 2) * 37 + at(name.size() - 1) * 1031;
+    }
+
+    std::array<Set, 32> _sets{};
+    std::size_t _replaced = 0;
 };
 
 /// How much a state's scripts may use; 0 is no limit.
