@@ -10,7 +10,8 @@ packages=(ccache cmake g++ libarchive-dev libblkid-dev libboost-dev libcli11-dev
 for purpose in "$@"; do
     case $purpose in
         build) ;;
-        test) packages+=(e2fsprogs ethtool fdisk googletest iproute2 libfmt-dev libgtest-dev libbenchmark-dev) ;;
+        test) packages+=(e2fsprogs ethtool fdisk googletest iproute2 libfmt-dev libgtest-dev libbenchmark-dev
+            strace) ;;
         measure) packages+=(iproute2 pciutils procps python3 time util-linux) ;;
         fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
         lint) packages+=(clang-format-14 clang-tidy-14 clang-14 doxygen python3) ;;
