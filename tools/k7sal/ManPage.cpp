@@ -39,10 +39,12 @@ void printOptions(const CLI::App& app)
     for (const CLI::Option* const option : app.get_options()) {
         if (option->get_group().empty())
             continue;
-        const std::string name = option->get_name(option->get_positional(), !option->get_positional());
+        std::string label = option->get_name(option->get_positional(), !option->get_positional());
         const std::string type =
             option->get_type_size() == 0 || option->get_positional() ? "" : option->get_type_name();
-        printEntry(name + (type.empty() ? "" : " " + type), option->get_description());
+        if (!type.empty())
+            label.append(" ").append(type);
+        printEntry(label, option->get_description());
     }
 }
 
