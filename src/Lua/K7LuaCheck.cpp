@@ -83,6 +83,8 @@ bool checkBool(lua_State* L, const J3String& name)
 
 void luaPrintStackAt(lua_State* L, int32 index, J3String* out)
 {
+    if (!J3_REQUIRE_ARGUMENT(out, "Lua/K7LuaStack"))
+        return;
     const int type = lua_type(L, index);
     out->appendf(L"(%s) ", lua_typename(L, type));
     switch (type) {
@@ -105,6 +107,8 @@ void luaPrintStackAt(lua_State* L, int32 index, J3String* out)
 
 void luaPrintStack(lua_State* L, J3String* out)
 {
+    if (!J3_REQUIRE_ARGUMENT(out, "Lua/K7LuaStack"))
+        return;
     const int top = lua_gettop(L);
     for (int index = 1; index <= top; ++index) {
         out->appendf(L"\t=> %d: ", index);

@@ -123,33 +123,33 @@ protected:
     using Step = int (*)(lua_State*);
 
     /// Whether there is a state whose stack has room for @p slots more values.
-    [[nodiscard]] bool hasRoom(int32 slots) const;
+    [[nodiscard]] K7SAL_LOCAL bool hasRoom(int32 slots) const;
 
     /// Whether there is a state whose stack holds a value.
-    [[nodiscard]] bool hasValue() const;
+    [[nodiscard]] K7SAL_LOCAL bool hasValue() const;
 
     /// Push a new table. @return whether one was pushed
-    bool pushTable();
+    K7SAL_LOCAL bool pushTable();
 
     /// Run @p step where Lua may raise, with @p data and the topmost @p arguments values, which are popped. What it
     /// raises goes to traceError(), and leaves nothing on the stack.
     /// @return whether it ended with @p results values
-    bool perform(Step step, void* data, int32 arguments, int32 results) const;
+    K7SAL_LOCAL bool perform(Step step, void* data, int32 arguments, int32 results) const;
 
     /// Call the function that lies below its @p arguments, by lua_pcallk(). What it raises goes to traceError().
     /// @return whether it ended with @p results values; otherwise nothing of it stays on the stack
-    bool callProtected(int32 arguments, int32 results) const;
+    K7SAL_LOCAL bool callProtected(int32 arguments, int32 results) const;
 
     /// Read the item @p name of the current table, or store a value as that.
     /// @{
     template <class T>
-    bool readItem(const J3String& name, T* out) const;
+    K7SAL_LOCAL bool readItem(const J3String& name, T* out) const;
     template <class T>
-    void writeItem(const J3String& name, const T& value);
+    K7SAL_LOCAL void writeItem(const J3String& name, const T& value);
     /// @}
 
     /// What is kept for the state beside it, made at first need.
-    K7LuaExtras& extras() const;
+    K7SAL_LOCAL K7LuaExtras& extras() const;
 
     lua_State* _luaState;
     mutable std::vector<J3String> _path; ///< the tables entered, outermost first

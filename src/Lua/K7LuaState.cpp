@@ -60,12 +60,17 @@ public:
     Entered& operator=(const Entered&) = delete;
     ~Entered()
     {
+        if (!_L)
+            return;
         while (_path.size() > _depth)
             _path.pop_back();
         lua_settop(_L, _height);
     }
 
     void keep(int height) { _height = height; }
+
+    /// Leave everything as it is.
+    void release() { _L = nullptr; }
 
 private:
     lua_State* _L;
@@ -161,9 +166,9 @@ bool K7LuaState::callLuaFunction(int32 resultCount, K7LuaFunction0& function)
     const int argc = static_cast<int>(function.argc());
     Entered place(_luaState, _path, height);
     if (!function.addFunctionParam(this) || lua_gettop(_luaState) <= height + argc ||
-        !hasRoom(std::max(resultCount, 0)) || !callProtected(argc, resultCount))
+        (resultCount > argc && !hasRoom(resultCount)) || !callProtected(argc, resultCount))
         return false;
-    place.keep(lua_gettop(_luaState));
+    place.release();
     return true;
 }
 

@@ -46,9 +46,8 @@ public:
 
     ~K7LuaState() override;
 
-    /// Make a state with the standard libraries and load a script into it, without running it. A state that the object
-    /// had is neither used nor closed any more: cleanup() comes first.
-    /// @param path a file, @param stream a whole stream, @param text the script itself
+    /// Make a state with the standard libraries and load a script into it, without running it: a file by its path, a
+    /// whole stream, or a text. A state that the object had is neither used nor closed any more: cleanup() comes first.
     /// @return whether it was loaded; what is wrong goes to traceError(). A resource is never loaded.
     /// @{
     bool init(const J3String& path);
@@ -196,7 +195,7 @@ private:
 template <class T>
 bool K7LuaState::setArray(const T* data, uint32 count)
 {
-    for (uint32 i = 0; i < count; ++i) {
+    for (uint32 i = 0; data && i < count; ++i) {
         pushValue(&data[i]);
         setTableItem(i);
     }
@@ -207,7 +206,7 @@ template <class T>
 bool K7LuaState::getArray(T* out, uint32 start, uint32 count) const
 {
     const uint32 end = walkEnd(K7LuaStack::getTableLength(), start, count);
-    for (uint32 i = start; i < end; ++i) {
+    for (uint32 i = start; out && i < end; ++i) {
         getTableItem(i);
         getValue(&out[i]);
     }

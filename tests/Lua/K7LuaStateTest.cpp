@@ -24,16 +24,18 @@ thread_local std::size_t allocations = 0;
 
 } // namespace
 
-// Counted, to see that a path allocates nothing.
-void* operator new(std::size_t size)
+/// Counted, to see that a path allocates nothing.
+/// @{
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     ++allocations;
     if (void* const block = std::malloc(size))
         return block;
     throw std::bad_alloc();
 }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+/// @}
 
 TEST(K7LuaState, LoadsFromFileStreamAndText)
 {
