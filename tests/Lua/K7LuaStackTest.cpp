@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 
 using namespace Kivo;
@@ -38,17 +37,11 @@ TEST(K7LuaStack, ReadsAndRefusesByType)
 {
     EXPECT_EQ(readAs<bool>("true"), "1");
     EXPECT_EQ(readAs<bool>("1"), "-");
-    EXPECT_EQ(readAs<bool>("'true'"), "-");
-    EXPECT_EQ(readAs<bool>("nil"), "-");
-    EXPECT_EQ(readAs<uint8>("300"), "44");
     EXPECT_EQ(readAs<int8>("200"), "-56");
     EXPECT_EQ(readAs<uint16>("65537"), "1");
-    EXPECT_EQ(readAs<int16>("40000"), "-25536");
-    EXPECT_EQ(readAs<uint32>("4294967295"), "4294967295");
     EXPECT_EQ(readAs<uint32>("-1"), "4294967295");
     EXPECT_EQ(readAs<int32>("'0x10'"), "16");
     EXPECT_EQ(readAs<int32>("'ten'"), "-");
-    EXPECT_EQ(readAs<int32>("true"), "-");
     EXPECT_EQ(readAs<uint64>("2^53"), "9007199254740992");
     EXPECT_EQ(readAs<uint64>("-1"), "0");
     EXPECT_EQ(readAs<int64>("1e300"), std::to_string(std::numeric_limits<int64>::max()));
@@ -59,16 +52,6 @@ TEST(K7LuaStack, ReadsAndRefusesByType)
     EXPECT_EQ(readAs<J3String>("'\\xeb\\xaa\\xa8'"), "모");
     EXPECT_EQ(readAs<J3String>("'\\xff'"), "\xef\xbf\xbd");
     EXPECT_EQ(readAs<J3String>("false"), "-");
-}
-
-TEST(K7LuaStack, PopsForANullDestination)
-{
-    LuaHost host(L"x = 1");
-    host.getItem(L"x");
-    EXPECT_FALSE(host.getValue(static_cast<int32*>(nullptr)));
-    host.getItem(L"x");
-    EXPECT_FALSE(host.getValue(static_cast<J3String*>(nullptr)));
-    EXPECT_EQ(host.height(), 0);
 }
 
 TEST(K7LuaStack, WritesEveryTypeSoThatAScriptSeesIt)
@@ -94,20 +77,17 @@ TEST(K7LuaStack, WritesEveryTypeSoThatAScriptSeesIt)
 TEST(K7LuaStack, ReachesItemsOfAnyName)
 {
     LuaHost host(L"");
-    const J3String names[] = {L"a", L"", std::wstring(300, L'n'), L"이름", L"a.b"};
-    for (int round = 0; round < 3; ++round)
-        for (const J3String& name : names) {
-            int32 value = 0;
-            host.writeInt32(name, 7 + round);
-            EXPECT_TRUE(host.readInt32(name, &value)) << name.to_string();
-            EXPECT_EQ(value, 7 + round) << name.to_string();
-        }
+    std::vector<J3String> names = {L"a", L"", std::wstring(300, L'n'), L"이름", L"a.b"};
     for (uint32 i = 0; i < 2000; ++i)
-        host.writeUint32(J3String().format(L"n%u", i), i);
-    for (uint32 i = 0; i < 2000; ++i) {
-        uint32 value = 0;
-        host.readUint32(J3String().format(L"n%u", i), &value);
-        ASSERT_EQ(value, i);
+        names.push_back(J3String().format(L"n%u", i));
+    for (int32 round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < names.size(); ++i)
+            host.writeInt32(names[i], static_cast<int32>(i) + round);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            int32 value = -1;
+            EXPECT_TRUE(host.readInt32(names[i], &value)) << names[i].to_string();
+            EXPECT_EQ(value, static_cast<int32>(i) + round) << names[i].to_string();
+        }
     }
     EXPECT_EQ(host.height(), 0);
 }
@@ -128,20 +108,15 @@ TEST(K7LuaStack, EntersAndLeavesTables)
     host.pathOut();
     EXPECT_TRUE(host.isRoot());
     host.addPath(L"a"); // is kept as it is
-    EXPECT_TRUE(host.pathInto(L"a"));
+    host.getItem(L"a");
+    EXPECT_TRUE(host.pathInto(L""));
     EXPECT_TRUE(host.hasTable(L"b"));
+    EXPECT_EQ(host.depth(), 1U);
     host.pathOut();
-    EXPECT_EQ(host.height(), 0);
     host.getItem(L"n");
     EXPECT_FALSE(host.pathInto(L""));
     EXPECT_EQ(host.height(), 0);
-    host.getItem(L"a");
-    EXPECT_TRUE(host.pathInto(L""));
-    EXPECT_EQ(host.depth(), 1U);
-    host.pathOut();
-    EXPECT_EQ(host.height(), 0);
     EXPECT_TRUE(host.hasFunction(L"print"));
-    EXPECT_EQ(host.getItem(L"n"), LUA_TNUMBER);
 }
 
 TEST(K7LuaStack, CountsArrayElementsFromZero)
@@ -173,12 +148,14 @@ TEST(K7LuaStack, WithoutAStateOrAValueDoesNothing)
     K7LuaFunction0 function(L"f");
     EXPECT_FALSE(none.callLuaFunction(0, function));
     none.popTop();
-    LuaHost empty(L"");
+    LuaHost empty(L"x = 1");
     EXPECT_FALSE(empty.getValue(&value));
     EXPECT_FALSE(empty.pathInto(L""));
     empty.putItem(L"x");
     empty.setTableItem(0);
     empty.popTop();
+    EXPECT_EQ(empty.getItem(L"x"), LUA_TNUMBER);
+    EXPECT_FALSE(empty.getValue(static_cast<int32*>(nullptr))) << "popped all the same";
     EXPECT_EQ(empty.height(), 0);
     EXPECT_EQ(value, 9);
 }
@@ -187,60 +164,48 @@ TEST(K7LuaStack, ChecksThrowPlainTexts)
 {
     LuaHost host(L"t = {s = 'x', n = 1, b = true}");
     lua_State* const L = host.state();
-    const auto thrown = [&](auto&& check) -> std::string {
+    const auto expectThrown = [&](const char* expected, auto&& check) {
+        std::string thrown;
         try {
-            return check() ? "" : "false";
+            EXPECT_TRUE(check());
         } catch (const char* message) {
-            return message;
+            thrown = message;
         }
+        EXPECT_EQ(thrown, expected);
+        lua_settop(L, 1);
     };
     host.getItem(L"t");
-    EXPECT_EQ(thrown([&] { return checkTable(L); }), "");
-    EXPECT_EQ(thrown([&] { return checkString(L, L"s"); }), "");
-    EXPECT_EQ(host.height(), 2);
-    EXPECT_EQ(thrown([&] { return checkTable(L); }), "is not table");
-    EXPECT_EQ(host.height(), 1);
-    EXPECT_EQ(thrown([&] { return checkString(L, L"b"); }), "is no string");
-    lua_settop(L, 1);
-    EXPECT_EQ(thrown([&] { return checkNumber(L, L"b"); }), "is not number");
-    lua_settop(L, 1);
-    EXPECT_EQ(thrown([&] { return checkBool(L, L"n"); }), "is not bool");
-    lua_settop(L, 1);
-    EXPECT_EQ(thrown([&] { return checkBool(L, L"b"); }), "");
-    lua_settop(L, 1);
+    expectThrown("", [&] { return checkTable(L); });
+    expectThrown("", [&] { return checkString(L, L"s") && lua_gettop(L) == 2; });
+    expectThrown("is no string", [&] { return checkString(L, L"b"); });
+    expectThrown("is not number", [&] { return checkNumber(L, L"b"); });
+    expectThrown("is not bool", [&] { return checkBool(L, L"n"); });
+    expectThrown("", [&] { return checkBool(L, L"b"); });
     lua_pushnil(L);
-    EXPECT_EQ(thrown([&] { return checkNotNil(L); }), "got Nill access");
+    expectThrown("got Nill access", [&] { return checkNotNil(L); });
+    lua_pushnil(L);
+    expectThrown("is not table", [&] { return checkTable(L); });
 }
 
-TEST(K7LuaStack, PrintsAStackByType)
+TEST(K7LuaStack, GivesTheTraceWithTheStackByTypeToTheSinkAlone)
 {
     LuaHost host(L"");
-    J3String out(L"kept");
-    luaPrintStack(host.state(), &out);
-    EXPECT_EQ(out, L"kept");
-    out.clear();
+    J3String report(L"kept");
+    luaPrintStack(host.state(), &report);
+    EXPECT_EQ(report, L"kept") << "the stack is empty";
     lua_pushboolean(host.state(), 1);
     lua_pushnumber(host.state(), 0.5);
     lua_pushstring(host.state(), "a b");
-    lua_pushlightuserdata(host.state(), &out);
-    luaPrintStack(host.state(), &out);
-    EXPECT_EQ(out, J3String().format(L"\t=> 1: (boolean) true\n\t=> 2: (number) 0.5\n\t=> 3: (string) 'a b'\n"
-                                     L"\t=> 4: (userdata) %p\n",
-                                     static_cast<void*>(&out)));
-}
-
-TEST(K7LuaStack, GivesTheTraceToTheSinkAlone)
-{
-    LuaHost host(L"");
-    lua_pushnumber(host.state(), 5);
+    lua_pushlightuserdata(host.state(), &report);
     host.traceError(host.state());
-    J3String report;
     host.setTraceSink([&](const J3String& text) { report = text; });
     host.traceError(host.state());
-    const std::wstring rule = std::wstring(55, L'=') + L"\n";
-    EXPECT_EQ(report.wstring(),
-              rule + L"                << LUA script debug >>\n" + rule + L"\t=> 1: (number) 5\n" + rule);
+    const std::string rule = std::string(55, '=') + '\n';
+    const J3String userdata = J3String().format(L"\t=> 4: (userdata) %p\n", static_cast<void*>(&report));
+    EXPECT_EQ(report.to_string(), rule + "                << LUA script debug >>\n" + rule +
+                                      "\t=> 1: (boolean) true\n\t=> 2: (number) 0.5\n\t=> 3: (string) 'a b'\n" +
+                                      userdata.to_string() + rule);
     host.setTraceSink([](const J3String&) { throw 5; });
     host.traceError(host.state());
-    EXPECT_EQ(host.height(), 1);
+    EXPECT_EQ(host.height(), 4);
 }

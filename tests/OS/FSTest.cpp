@@ -3,12 +3,12 @@
 // Partition tables, mounts, and files: copied, hashed, measured, listed, deleted.
 #include "OS/System/FS.h"
 
+#include "support/AssertReports.h"
 #include "support/MountCalls.h"
 #include "support/RecordingRunner.h"
 #include "support/Sandbox.h"
 #include "support/SystemTree.h"
 
-#include "Foundation/J3Assert.h"
 #include "OS/System/Platform/Linux/detail/MbrParser_p.h"
 #include "OS/System/Platform/Linux/detail/MountTableParser_p.h"
 
@@ -77,14 +77,6 @@ std::string firstWordOf(const std::string& command)
     const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(command.c_str(), "r"), ::pclose);
     char word[200] = "";
     return std::fscanf(output.get(), "%199s", word) == 1 ? word : "";
-}
-
-std::string s_asserted;
-
-void noteAssertion(const J3String& expression, const J3String& message, const J3String& function, const J3String& path,
-                   int)
-{
-    s_asserted = (expression + L"|" + message + L"|" + function + L"|" + path).to_string();
 }
 
 } // namespace
@@ -199,11 +191,10 @@ TEST_F(FSCaptured, FindsWhereADeviceIsMounted)
 TEST_F(FSCaptured, RunsTheCommandsAsTheyAreWritten)
 {
     const RecordingRunner runner;
-    J3AssertFunc::setHandler(noteAssertion);
+    const AssertReports reports;
     EXPECT_TRUE(FS::format(FS::FS_TYPE_EXT, "/dev/sda1", nullptr));
     EXPECT_TRUE(FS::format(FS::FS_TYPE_EXT, "/dev/sda1", "REC1"));
     EXPECT_FALSE(FS::format(FS::FS_TYPE_VFAT, "/dev/sda1", "REC1"));
-    EXPECT_EQ(s_asserted, "false|invalid file system type!|format|OS/System/Platform/Linux/FS");
     EXPECT_TRUE(FS::mount("/dev/sda1", "/usbdisk", FS::FS_TYPE_NTFS, 0, nullptr, 0));
     EXPECT_TRUE(FS::mount("/dev/sda1", "/usbdisk", FS::FS_TYPE_NTFS, 1024 | 1, "x", 5));
     EXPECT_TRUE(FS::deleteFile("/tmp/x"));
@@ -212,10 +203,10 @@ TEST_F(FSCaptured, RunsTheCommandsAsTheyAreWritten)
               (Calls{"mkfs.ext3 /dev/sda1", "mkfs.ext3 /dev/sda1 -L REC1", "ntfs-3g /dev/sda1 /usbdisk",
                      "ntfs-3g /dev/sda1 /usbdisk -o noatime", "rm -f /tmp/x"}));
     EXPECT_EQ(FS::totalSize(nullptr), 0U);
-    EXPECT_EQ(s_asserted, "targetDir|got NULL pointer!|totalSize|OS/System/Platform/Linux/FS");
     EXPECT_FALSE(FS::getFileStat(nullptr, L"/"));
-    EXPECT_EQ(s_asserted, "result|result is Null!|getFileStat|OS/System/Platform/Linux/FS");
-    J3AssertFunc::setHandler(nullptr);
+    const std::string path = "OS/System/Platform/Linux/FS, ";
+    EXPECT_EQ(reports.texts, (Calls{path + "format: invalid file system type!", path + "totalSize: got NULL pointer!",
+                                    path + "getFileStat: result is Null!"}));
 }
 
 TEST_F(FSCaptured, MountsByTheKernelAsOftenAsAllowed)

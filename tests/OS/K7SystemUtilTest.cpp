@@ -39,22 +39,12 @@ void run(const std::function<void()>& call)
 K7Version s_version;
 std::vector<int32> s_ids;
 std::vector<J3String> s_texts;
-std::vector<Util::PCI::DeviceInfo> s_devices;
 std::vector<Util::CPU::Interrupt> s_interrupts;
 std::vector<Util::Memory::Counter> s_counters;
 J3String s_text;
 std::string s_bytes;
 int64 s_number;
 bool s_flag;
-
-/// A link chain of @p links links that ends in a file.
-void addChain(TemporaryTree* tree, int links)
-{
-    const std::string name = "/chain" + std::to_string(links) + "-";
-    tree->file(name + "0", "end");
-    for (int i = 1; i <= links; ++i)
-        tree->link(name + std::to_string(i), name + std::to_string(i - 1));
-}
 
 } // namespace
 
@@ -72,11 +62,8 @@ TEST(K7SystemUtilCaptured, EveryFailureTellsOperationReasonAndSubject)
         {"Attribute::readContents", [] { Util::Attribute::readContents("/a", &s_bytes); }, "/a", ENOENT},
         {"Attribute::listNames", [] { Util::Attribute::listNames("/word", nullptr); }, ""},
         {"OS::getKernelVersion", [] { Util::OS::getKernelVersion(&s_version); }, "/proc/version", ENOENT},
-        {"OS::getKernelVersion", [] { Util::OS::getKernelVersion(&s_text); }, "/proc/version", ENOENT},
-        {"OS::getKernelVersion", [] { Util::OS::getKernelVersion(static_cast<char*>(nullptr)); }, ""},
         {"OS::systemUptime", [] { static_cast<void>(Util::OS::systemUptime()); }, "/proc/uptime", ENOENT},
         {"OS::applyTimeToShell", [] { Util::OS::applyTimeToShell(); }, ""},
-        {"Memory::getMemFree", [] { Util::Memory::getMemFree(); }, "/proc/meminfo", ENOENT},
         {"Memory::refresh", [] { Util::Memory::refresh(); }, "/proc/meminfo", ENOENT},
         {"Memory::counterOf", [] { Util::Memory::counterOf(L"SwapFree"); }, "/proc/meminfo", ENOENT},
         {"Memory::readCounters", [] { Util::Memory::readCounters(&s_counters); }, "/proc/meminfo", ENOENT},
@@ -86,7 +73,6 @@ TEST(K7SystemUtilCaptured, EveryFailureTellsOperationReasonAndSubject)
         {"CPU::interruptCountOf", [] { Util::CPU::interruptCountOf(L"1"); }, "/proc/interrupts", ENOENT},
         {"CPU::readInterrupts", [] { Util::CPU::readInterrupts(&s_interrupts); }, "/proc/interrupts", ENOENT},
         {"CPU::readLineFromProcInterrupts", [] { Util::CPU::readLineFromProcInterrupts(&s_texts, nullptr); }, ""},
-        {"PCI::listDevices", [] { Util::PCI::listDevices(&s_devices); }, Util::PCI::PCI_DEVICE_INFO_PATH, ENOENT},
         {"PCI::updatePciDeviceInfo", [] { Util::PCI::updatePciDeviceInfo(); }, Util::PCI::PCI_DEVICE_INFO_PATH, ENOENT},
         {"PCI::rescan", [] { Util::PCI::rescan(); }, Util::PCI::PCI_DEVICE_INFO_PATH, ENOENT},
         {"DriverModule::load", [] { Util::DriverModule::load(""); }, ""},
@@ -94,9 +80,7 @@ TEST(K7SystemUtilCaptured, EveryFailureTellsOperationReasonAndSubject)
         {"Debugging::init", [] { Util::Debugging::init(0); }, ""},
         {"Debugging::isWorking", [] { Util::Debugging::isWorking(0); }, "/proc/dt10proc_status", ENOENT},
         {"Shell::runCommand", [] { Util::Shell::runCommand("a"); }, ""},
-        {"Shell::runCommand", [] { Util::Shell::runCommand(static_cast<const wchar_t*>(nullptr)); }, ""},
         {"Shell::runCommandFromShell", [] { Util::Shell::runCommandFromShell("a", nullptr); }, ""},
-        {"Shell::runCommandEx", [] { Util::Shell::runCommandEx(static_cast<const char*>(nullptr)); }, ""},
         {"Shell::runCommandEx", [] { Util::Shell::runCommandEx("exit 3"); }, "exit 3"},
         {"Shell::readProcessId", [] { Util::Shell::readProcessId("/a.pid"); }, "/a.pid", ENOENT},
         {"Shell::listProcessIds", [] { Util::Shell::listProcessIds(&s_ids); }, "/proc", ENOENT},
@@ -142,7 +126,6 @@ TEST(K7SystemUtilCaptured, NestedOperationsKeepTheInnermostReasonUnderTheOutermo
     RecordingRunner runner;
     runner.result = 3;
     EXPECT_FALSE(Util::Debugging::init(0)); // start(), and runCommand() in it
-    EXPECT_EQ(Util::lastFailure().operation, L"Debugging::init");
     EXPECT_EQ(Util::lastFailure().reason, L"the command gave 3");
     EXPECT_EQ(Util::lastFailure().subject, L"echo c > /proc/dt10proc");
     runner.behaviour = [](const std::string&, auto*) { return Util::readFile(L"/deepest", &s_text) ? 0 : 3; };
@@ -163,23 +146,24 @@ TEST(SystemRootCaptured, KeepsEveryPathInside)
     tree.link("/absolute", secret).link("/relative", "../../../../../../../.." + secret).link("/loop", "loop");
     tree.file("/etc/value", "inside").directory("/empty").link("/inside", "/etc/value").link("/up", "../../etc");
     tree.link("/a/b/twice", "../../up/../etc/value").link("/through", "etc/value/more");
-    addChain(&tree, 40);
-    addChain(&tree, 41);
+    tree.file("/chain0", "inside");
+    for (int i = 1; i <= 41; ++i)
+        tree.link("/chain" + std::to_string(i), "chain" + std::to_string(i - 1));
     const std::pair<const wchar_t*, int> refused[] = {
         {L"/absolute", ENOENT}, {L"/relative", ENOENT}, {L"/loop", ELOOP},         {L"/empty", EISDIR},
         {L"/missing", ENOENT},  {L"", ENOENT},          {L"/etc/value/", ENOTDIR}, {L"/through", ENOTDIR},
-        {L"/../..", EISDIR},    {L"/..", EISDIR},       {L"/chain41-41", ELOOP}};
+        {L"/../..", EISDIR},    {L"/..", EISDIR},       {L"/chain41", ELOOP}};
     for (const auto& [path, error] : refused) {
         J3String text(L"unchanged");
         EXPECT_FALSE(Util::readFile(path, &text));
         EXPECT_EQ(Util::lastFailure().errorCode, error) << J3String(path).to_string();
         EXPECT_EQ(text, L"unchanged");
     }
-    for (const wchar_t* path : {L"/inside", L"/up/value", L"/a/b/twice", L"/./a/../etc//value", L"/../etc/value"}) {
+    for (const wchar_t* path :
+         {L"/inside", L"/up/value", L"/a/b/twice", L"/./a/../etc//value", L"/../etc/value", L"/chain40"}) {
         EXPECT_TRUE(Util::readFile(path, &s_text)) << J3String(path).to_string();
         EXPECT_EQ(s_text, L"inside");
     }
-    EXPECT_TRUE(Util::readFile(L"/chain40-40", &s_text));
     EXPECT_TRUE(Util::readLink(L"/inside", &s_text));
     EXPECT_EQ(s_text, L"/etc/value");
     EXPECT_TRUE(Util::listDirectory(L"/a/../up/", &s_texts));

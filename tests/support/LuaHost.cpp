@@ -37,15 +37,6 @@ std::string LuaHost::text(const J3String& name) const
     return value.to_string();
 }
 
-bool NumberCall::addFunctionParam(K7LuaStack* stack)
-{
-    if (!K7LuaFunction0::addFunctionParam(stack))
-        return false;
-    for (const double& argument : _arguments)
-        stack->pushValue(&argument);
-    return true;
-}
-
 Nested::Nested(int levels) : level(levels), label(J3String().format(L"level %d", levels))
 {
     if (levels > 1)

@@ -29,19 +29,6 @@ public:
     [[nodiscard]] std::string text(const Kivo::J3String& name) const;
 };
 
-/// Calls a global function with numbers.
-class NumberCall : public Kivo::K7LuaFunction0 {
-public:
-    NumberCall(const Kivo::J3String& name, std::vector<double> arguments)
-        : K7LuaFunction0(name, static_cast<Kivo::uint32>(arguments.size())), _arguments(std::move(arguments))
-    {}
-
-    bool addFunctionParam(Kivo::K7LuaStack* stack) override;
-
-private:
-    std::vector<double> _arguments;
-};
-
 /// An object with an object in it, and so on, as deep as it is told.
 class Nested : public Kivo::K7LuaObject {
 public:
