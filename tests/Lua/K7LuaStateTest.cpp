@@ -195,14 +195,15 @@ TEST(K7LuaState, ReadsArraysByTheStatedRanges)
     EXPECT_EQ(host.height(), 0);
     EXPECT_FALSE(host.readUint32Array(L"t", out, 6, 1));
     EXPECT_EQ(host.depth(), 1U); // still entered
-    const std::tuple<uint32, uint32, int64, int64> refused[] = {{6, 1, 4, 6}, {2, 0xFFFFFFFF, 3, 0xFFFFFFFF}};
-    for (const auto& [start, count, end, position] : refused)
+    const std::tuple<uint32, uint32, int64, int64, int64> refused[] = {{6, 1, 0, 4, 6},
+                                                                       {2, 0xFFFFFFFF, 1, 3, 0xFFFFFFFF}};
+    for (const auto& [start, count, begin, end, position] : refused)
         try {
             host.getArray(out, start, count);
             ADD_FAILURE() << start;
         } catch (const J3RangeException& error) {
             EXPECT_EQ(error.message(), L"read...Array");
-            EXPECT_EQ(error.begin(), 1);
+            EXPECT_EQ(error.begin(), begin);
             EXPECT_EQ(error.end(), end);
             EXPECT_EQ(error.position(), position);
         }

@@ -207,17 +207,3 @@ TEST(SystemRootCaptured, ReadsNoFileOfMoreThan16MiB)
     EXPECT_FALSE(Util::Network::getGateway("eth0", &gateway)); // reads by lines
     EXPECT_EQ(Util::lastFailure().errorCode, EFBIG);
 }
-
-TEST(SystemRootCaptured, ObserverSeesEveryReadWithItsContext)
-{
-    TemporaryTree tree;
-    tree.file("/value", "");
-    std::vector<std::string> seen;
-    Util::setReadObserver([](void* paths, const char* path,
-                             Util::ReadKind) { static_cast<std::vector<std::string>*>(paths)->emplace_back(path); },
-                          &seen);
-    EXPECT_TRUE(Util::readFile(L"/value", &s_text));
-    EXPECT_EQ(Util::setReadObserver(nullptr), nullptr);
-    EXPECT_TRUE(Util::readFile(L"/value", &s_text));
-    EXPECT_EQ(seen, std::vector<std::string>{"/value"});
-}
