@@ -13,6 +13,8 @@ using namespace K7Test;
 
 static const std::string BOARD = std::string(K7_FIXTURES) + "/virt-board";
 
+static const std::string EXAMPLE = std::string(K7_FIXTURES) + "/../../examples/board_check.lua";
+
 /// Run the tool's lua command on a script, with words before and after it.
 static Outcome runLua(const std::string& script, std::vector<std::string> before = {},
                       const std::vector<std::string>& after = {})
@@ -73,6 +75,9 @@ TEST(ToolLua, EndsAsTheScriptSays)
                   .exitCode,
               0);
     EXPECT_EQ(runLua("return false").exitCode, 1);
+    EXPECT_EQ(runShell("$K7SAL lua " + EXAMPLE + " >/dev/full").exitCode, 1);
+    EXPECT_EQ(runShell("$K7SAL lua " + EXAMPLE + " 1 >/dev/null").exitCode, 0);
+    EXPECT_EQ(runShell("$K7SAL lua " + EXAMPLE + " 999999999 >/dev/null").exitCode, 1);
     const Outcome broken = runLua("error('b\\27ad')");
     EXPECT_EQ(broken.exitCode, 1);
     EXPECT_NE(broken.errors.find("<< LUA script debug >>"), std::string::npos) << broken.errors;

@@ -5,6 +5,7 @@
 #include "LuaMethods.h"
 #include "Text.h"
 
+#include <cstdio>
 #include <iostream>
 
 namespace K7Tool {
@@ -45,6 +46,8 @@ int runLua(const std::string& script, const std::vector<std::string>& arguments)
     }
     bool answer = true;
     state.getValue(&answer);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) // what scripts print with
+        return failed("lua", "standard output cannot be written");
     return answer ? EXIT_DONE : EXIT_FAILED;
 }
 
