@@ -8,11 +8,13 @@
 #include "Core/K7SystemError.h"
 #include "OS/System/Network.h"
 
+#include <algorithm>
 #include <fstream>
 #include <optional>
 #include <thread>
 
 #include <arpa/inet.h>
+#include <net/if.h>
 #include <unistd.h>
 
 using namespace Kivo;
@@ -105,6 +107,16 @@ TEST_F(NetworkLive, ShowsItsAddresses)
 
     EXPECT_FALSE(Network::getIpAddress(PEER, &ipv4));
     EXPECT_EQ(K7SystemUtil::lastFailure().operation, L"");
+}
+
+TEST_F(NetworkLive, IsListedWithItsFlags)
+{
+    std::vector<Network::Interface> found;
+    ASSERT_TRUE(Network::listInterfaces(&found));
+    const auto own = std::find_if(found.begin(), found.end(), [](const auto& each) { return each.name == DEVICE; });
+    ASSERT_NE(own, found.end());
+    constexpr uint32 UP = IFF_UP | IFF_RUNNING;
+    EXPECT_EQ(own->flags.value_or(0) & UP, UP);
 }
 
 TEST_F(NetworkLive, LosesItsLinkWithThePeer)
