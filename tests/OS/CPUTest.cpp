@@ -87,11 +87,10 @@ TEST(CPUCaptured, LeavesOutColumnsOfCoresThatAreOffline)
     EXPECT_EQ(CPU::interruptCountOf(L"41"), 30U);
     std::vector<CPU::Interrupt> rows;
     ASSERT_TRUE(CPU::readInterrupts(&rows));
-    const std::tuple<const char*, uint64, const char*> expected[] = {
-        {"41", 30, "MSI 16384 Edge ahci[0000:00:01.0]"},
-        {"IPI0", 3, "Rescheduling interrupts"},
-        {"Err", 7, ""},
-        {"NMI", 4714, "faults"}};
+    const std::tuple<const char*, uint64, const char*> expected[] = {{"41", 30, "MSI 16384 Edge ahci[0000:00:01.0]"},
+                                                                     {"IPI0", 3, "Rescheduling interrupts"},
+                                                                     {"Err", 7, ""},
+                                                                     {"NMI", 4714, "faults"}};
     ASSERT_EQ(rows.size(), std::size(expected));
     for (std::size_t i = 0; i < rows.size(); ++i) {
         EXPECT_EQ(rows[i].label, std::get<0>(expected[i]));

@@ -167,7 +167,7 @@ public:
     /// *Cost*: one stat(2) for each file.
     static uint64 totalSize(const char* targetDir);
 
-    /// The same. @param milliseconds becomes how long the walk took; may be null
+    /// The same, with how long the walk took in @p milliseconds, which may be null.
     static uint64 totalSize(const char* targetDir, uint32* milliseconds);
 
     /// Measure the space that is left for users without privilege, in bytes; 0 when it cannot be told.
@@ -180,7 +180,7 @@ public:
     /// Tell whether a path leads to a directory.
     static bool dirExistence(const char* path);
 
-    /// Read a file's size. @param size becomes the size in bytes
+    /// Read a file's size in bytes.
     static bool getFileSize(uint64* size, const char* path);
 
     /// Let others than owner and group read a file. *Privilege*: the file's owner.
@@ -210,18 +210,15 @@ public:
     /// *Cost*: 8 KiB of memory; waits for the medium, and at most 100 ms a chunk for one that takes nothing.
     static bool copyFile(const char* destPath, const char* srcPath);
 
-    /// The same. @param progress called after each mebibyte @param context given to it
+    /// The same; @p progress is called with @p context after each mebibyte.
     static bool copyFile(const char* destPath, const char* srcPath, Progress progress, void* context);
 
     /// @{
     /// Compute the digest of a regular file or a block device.
     ///
-    /// Reading goes to the end, however the file grows meanwhile: let @p progress end what could be without one.
-    /// @param hex      becomes the digest in lower-case hexadecimal digits, on success alone
-    /// @param path     the file
-    /// @param progress called after each mebibyte
-    /// @param context  given to @p progress
-    /// *Cost*: a processor's time, with a pause of 10 ms after each mebibyte.
+    /// Reading goes to the end, however the file grows meanwhile: let the progress function, which is called with its
+    /// context after each mebibyte, end what could be without one. The text becomes the digest in lower-case
+    /// hexadecimal digits, on success alone. *Cost*: a processor's time, with a pause of 10 ms after each mebibyte.
     static bool getMD5Sum(J3String* hex, const char* path);
     static bool getMD5Sum(J3String* hex, const char* path, Progress progress, void* context);
     static bool getSHA256Sum(J3String* hex, const char* path);
