@@ -3,25 +3,22 @@
 // Counters for each channel.
 #include "Core/K7CounterByChannel.h"
 
+#include "support/AssertReports.h"
+
 #include <gtest/gtest.h>
 
 using namespace Kivo;
 
 TEST(K7CounterByChannel, ReportsWhatIsOutOfRangeAndGoesOn)
 {
-    using Text = const J3String&;
-    std::string report;
-    J3AssertFunc::setHandler(
-        [](void* context, Text, Text message, Text function, Text, int) {
-            *static_cast<std::string*>(context) += function.to_string() + ": " + message.to_string() + '\n';
-        },
-        &report);
+    const K7Test::AssertReports reports;
     K7CounterByChannel<4> counter(1);
     counter.add(0, 3);
     counter.add(0, 4);
     counter.set(1, 0, 7);
-    J3AssertFunc::setHandler(nullptr);
-    EXPECT_EQ(report, "add: index is out of range!\nset: channel is out of range!\n");
+    ASSERT_EQ(reports.texts.size(), 2U);
+    EXPECT_TRUE(reports.texts[0].ends_with(", add: index is out of range!")) << reports.texts[0];
+    EXPECT_TRUE(reports.texts[1].ends_with(", set: channel is out of range!")) << reports.texts[1];
     EXPECT_EQ(counter.getByChannel(0), (std::array<unsigned, 4>{0, 0, 0, 1}));
 }
 
