@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
-// What a network quality test found out about one target: grading, times, text, and stored forms with the target in them.
+// What a network quality test found out about a target: grading, times, text, and stored forms with the target in them.
 #include "OS/Network/Testing/K7PingResult.h"
 
 #include "support/RecordForms.h"
