@@ -36,6 +36,7 @@ int runLua(const std::string& script, const std::vector<std::string>& arguments)
         return failed("lua", "the script cannot be loaded", 0, script);
     bindSal(state);
     std::vector<J3String> words;
+    words.reserve(arguments.size());
     for (const std::string& argument : arguments)
         words.push_back(J3String::from_string(argument));
     state.writeObjects(L"arg", words);
