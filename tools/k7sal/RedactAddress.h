@@ -26,7 +26,7 @@ struct IpPrefix {
     IpBytes bits;
     unsigned length;
 
-    friend auto operator<=>(const IpPrefix&, const IpPrefix&) = default;
+    friend auto operator<=>(const IpPrefix&, const IpPrefix&) = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// Stand-ins for the addresses of one family.
