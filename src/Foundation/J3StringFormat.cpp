@@ -64,7 +64,7 @@ constexpr auto DIGIT_PAIRS = [] {
 }();
 
 template <>
-inline wchar_t* writeDigits<10>(uint64 value, wchar_t* end, wchar_t /*ten*/)
+inline wchar_t* writeDigits<10>(uint64 value, wchar_t* end, [[maybe_unused]] wchar_t ten)
 {
     for (; value >= 100; value /= 100) {
         end -= 2;
