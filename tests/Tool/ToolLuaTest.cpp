@@ -2,12 +2,10 @@
 // SPDX-FileCopyrightText: 2026 the K7SAL authors
 // k7sal lua: what scripts get, and how they end.
 #include "support/Sandbox.h"
+#include "support/SystemTree.h"
 #include "support/ToolRun.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <fstream>
 
 using namespace K7Test;
 
@@ -19,13 +17,11 @@ static const std::string EXAMPLE = std::string(K7_FIXTURES) + "/../../examples/b
 static Outcome runLua(const std::string& script, std::vector<std::string> before = {},
                       const std::vector<std::string>& after = {})
 {
-    const std::string path = testing::TempDir() + "k7tool_script.lua";
-    std::ofstream(path) << script;
+    TemporaryTree tree(false);
+    const std::string path = tree.file("/script.lua", script).real("/script.lua").string();
     before.insert(before.end(), {"lua", path});
     before.insert(before.end(), after.begin(), after.end());
-    const Outcome outcome = runTool(before);
-    std::remove(path.c_str());
-    return outcome;
+    return runTool(before);
 }
 
 TEST(ToolLua, GivesSectionsByTheirKeys)

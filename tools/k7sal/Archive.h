@@ -14,7 +14,7 @@ namespace K7Tool {
 struct TreeLimits {
     static constexpr std::uint64_t FILE_BYTES = 16U << 20U;
     static constexpr std::uint64_t TOTAL_BYTES = 256U << 20U;
-    static constexpr std::size_t ENTRIES = 100000;
+    static constexpr std::size_t ENTRIES = 50000; ///< more cannot be unpacked and removed within seconds
 };
 
 /// Whether a name ends as a compressed tar archive's does that packArchive() writes: ".tar.gz" or ".tgz".

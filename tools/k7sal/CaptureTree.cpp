@@ -144,7 +144,7 @@ bool CaptureTree::reserve(const std::string& path, std::uint64_t size)
         return true;
     }
     manifest.problems.push_back(
-        {"capture", isFull ? "left out after 100,000 entries" : "left out after 256 MiB", EFBIG, path});
+        {"capture", isFull ? "left out after 50,000 entries" : "left out after 256 MiB", EFBIG, path});
     return false;
 }
 
