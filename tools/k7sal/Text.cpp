@@ -74,15 +74,23 @@ std::string jsonSafe(std::string_view json)
 {
     std::string result;
     result.reserve(json.size());
-    forEachCharacter(json, [&](char32_t c, std::string_view bytes) {
-        if (c == '\n' || !isIn(ACTING, c))
+    const auto escape = [&](char32_t c, std::string_view bytes) {
+        if (!isIn(ACTING, c))
             result += bytes;
         else if (c < 0x10000)
             result += formatted("\\u%04x", static_cast<unsigned>(c));
         else
             result += formatted("\\u%04x\\u%04x", static_cast<unsigned>(0xD7C0 + (c >> 10U)),
                                 static_cast<unsigned>(0xDC00 + (c & 0x3FFU)));
-    });
+    };
+    // Nearly all of a document is plain, and is copied in one piece.
+    const auto isPlain = [](char c) { return (c >= ' ' && c <= '~') || c == '\n'; };
+    for (const auto* at = json.begin(); at != json.end();) {
+        const auto* const plainEnd = std::find_if_not(at, json.end(), isPlain);
+        result.append(at, plainEnd);
+        at = std::find_if(plainEnd, json.end(), isPlain);
+        forEachCharacter({plainEnd, at}, escape);
+    }
     return result;
 }
 
