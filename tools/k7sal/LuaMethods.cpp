@@ -6,6 +6,7 @@
 #include "LuaMethods.h"
 
 #include "Grade.h"
+#include "PingResults.h"
 
 #include "Core/K7InetAddress.h"
 #include "OS/Network/Testing/K7Pinger.h"
@@ -15,8 +16,6 @@
 #include "OS/System/Network.h"
 
 #include <array>
-#include <condition_variable>
-#include <mutex>
 #include <utility>
 
 #include <lua.hpp>
@@ -187,40 +186,6 @@ int connects(lua_State* L)
     return 1;
 }
 
-/// Gathers what the pinger reports on its own thread, for the thread of the script.
-class PingResults final : public K7PingerListener {
-public:
-    bool isActive() override { return true; }
-    void onPingBegin() override {}
-    void onPingStopped() override {}
-
-    void onPingResult(const J3Time&, const K7PingResult& result) override
-    {
-        const std::lock_guard guard(_mutex);
-        _results.push_back(result);
-    }
-
-    void onPingEnd() override
-    {
-        const std::lock_guard guard(_mutex);
-        _ended = true;
-        _changed.notify_all();
-    }
-
-    std::vector<K7PingResult> waitForEnd(std::chrono::milliseconds time)
-    {
-        std::unique_lock guard(_mutex);
-        _changed.wait_for(guard, time, [this] { return _ended; });
-        return _results;
-    }
-
-private:
-    std::mutex _mutex;
-    std::condition_variable _changed;
-    std::vector<K7PingResult> _results;
-    bool _ended = false;
-};
-
 struct PingRequest {
     J3String interface;
     uint32 rounds = 5;
@@ -263,8 +228,8 @@ int ping(lua_State* L)
         return pushFailure(L, pinger.testFailure());
     pinger.start();
     constexpr std::chrono::seconds SPARE(5);
-    const Sheet sheet =
-        sheetOf(gradesOf(results.waitForEnd(std::chrono::milliseconds(pinger.expectedDuration()) + SPARE)));
+    results.waitForEnd(std::chrono::milliseconds(pinger.expectedDuration()) + SPARE);
+    const Sheet sheet = sheetOf(gradesOf(results.all()));
     pinger.cleanup();
     if (!pinger.testFailure().operation.isEmpty())
         return pushFailure(L, pinger.testFailure());

@@ -4,6 +4,7 @@
 #include "Command.h"
 #include "Grade.h"
 #include "Interrupt.h"
+#include "PingResults.h"
 #include "Render.h"
 #include "Text.h"
 
@@ -13,9 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <condition_variable>
 #include <iostream>
-#include <mutex>
 #include <set>
 
 #include <net/route.h>
@@ -32,46 +31,6 @@ struct PingOptions {
     std::string interface;
     uint32 rounds = 5;
     std::vector<std::string> hosts;
-};
-
-/// Gathers what the pinger reports.
-class Results final : public K7PingerListener {
-public:
-    bool isActive() override { return true; }
-    void onPingBegin() override {}
-    void onPingStopped() override {}
-
-    void onPingResult(const J3Time&, const K7PingResult& result) override
-    {
-        const std::lock_guard guard(_mutex);
-        _results.push_back(result);
-    }
-
-    void onPingEnd() override
-    {
-        const std::lock_guard guard(_mutex);
-        _ended = true;
-        _changed.notify_all();
-    }
-
-    /// @return whether the test has ended within the time
-    bool waitForEnd(std::chrono::milliseconds time)
-    {
-        std::unique_lock guard(_mutex);
-        return _changed.wait_until(guard, Clock::now() + time, [this] { return _ended; });
-    }
-
-    std::vector<K7PingResult> all()
-    {
-        const std::lock_guard guard(_mutex);
-        return _results;
-    }
-
-private:
-    std::mutex _mutex;
-    std::condition_variable _changed;
-    std::vector<K7PingResult> _results;
-    bool _ended = false;
 };
 
 /// The first IPv4 address of a host; not set, with the reason on standard error, when it has none.
@@ -161,7 +120,7 @@ std::string progressText(const K7Pinger& pinger, double elapsed, double total, s
 }
 
 /// Show how the test goes until it ends; the user's interrupt ends it early. @return whether it was complete
-bool followTest(K7Pinger& pinger, Results& results, bool shows)
+bool followTest(K7Pinger& pinger, PingResults& results, bool shows)
 {
     constexpr std::chrono::milliseconds LOOK(200);
     constexpr std::chrono::seconds TIME_TO_FINISH(5);
@@ -214,7 +173,7 @@ int ping(const Session& session, PingOptions options)
         return EXIT_FAILED;
 
     const Interrupt interrupt;
-    Results results;
+    PingResults results;
     K7Pinger pinger;
     pinger.setTestCount(options.rounds);
     for (std::size_t i = 0; i < targets.size(); ++i)
